@@ -1,0 +1,69 @@
+/// @file
+#pragma once
+
+#include <string>
+
+#include <tessel/IPCMessage.h>
+#include <tessel/NYXRunnable.h>
+
+namespace tessel {
+
+class IPCListener;
+class NYXThreadSync;
+class RasDescriptor;
+
+/// Serves one connected client on a thread of its own: reads a request, asks the listener, writes the reply.
+///
+/// Never closes its pipe: whoever made it disconnects and closes the pipe after the thread has ended.
+class TESSEL_API IPCClientRunnable : public NYXRunnable {
+public:
+  /// What the worker does now, as seen from another thread.
+  enum class Activity { reading, processing, writing, leaving };
+
+  /// @param pipeHandle connected, not owned. @param listener not owned. Both must outlive the thread.
+  /// @throws NYXException KTBNV0008.
+  IPCClientRunnable(const std::string& serviceName, void* pipeHandle, IPCListener& listener);
+  /// The copy has a monitor of its own.
+  IPCClientRunnable(const IPCClientRunnable& other);
+  IPCClientRunnable& operator=(const IPCClientRunnable& other) = delete;
+  ~IPCClientRunnable() override;
+
+  /// @return the system's error number that ended the worker: 109 after the client left, 0 after shutdown().
+  long run() override;
+
+  /// Asks the worker to end after the exchange in progress. Any thread.
+  ///
+  /// @return whether it is inside an exchange and will end by itself; otherwise it is blocked in its read.
+  bool shutdown();
+
+  void* const& getPipeHandle() const;
+
+  /// Any thread.
+  Activity getActivity() const;
+
+  /// @return whether the calling thread is a worker of that service.
+  static bool isServing(const std::string& serviceName);
+
+private:
+  struct Buffer;
+
+  bool isShutdownRequested() const;
+  bool setShutdownRequested(bool requested);
+  void setActivity(Activity activity);
+  long exchangeUntilEnd(Buffer& buffer);
+  long read(Buffer& buffer);
+  void answer(Buffer& buffer);
+  long write(const Buffer& buffer);
+
+  static const RasDescriptor rd;
+
+  std::string serviceName_;
+  void* const pipeHandle_;
+  IPCListener& listener_;
+  bool shutdownRequested_ = false;         // guarded by sync_
+  bool processingMessage_ = false;         // guarded by sync_
+  Activity activity_ = Activity::reading;  // guarded by sync_
+  NYXThreadSync* sync_;
+};
+
+}  // namespace tessel

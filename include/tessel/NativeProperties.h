@@ -1,0 +1,68 @@
+/// @file
+#pragma once
+
+#include <iosfwd>
+#include <map>
+#include <string>
+
+#include <tessel/Export.h>
+
+namespace tessel {
+
+class NativePropertyItem;
+class RasDescriptor;
+
+/// The entries of one properties file.
+///
+/// Simpler than the common format: one entry per line, the first "=" separates, "#" in column one is a comment; no
+/// escapes, no continuation lines, bytes are kept as read. Of two entries with the same key in a file the first
+/// wins. Not locked: load before threads share an object.
+class TESSEL_API NativeProperties {
+public:
+  NativeProperties();
+  NativeProperties(const NativeProperties& other);
+  NativeProperties& operator=(const NativeProperties& other);
+  virtual ~NativeProperties();
+
+  /// Replaces all entries by those of the file and remembers its path.
+  ///
+  /// @throws NYXException KTBNV0123 for an empty path, KTBNV0122 when the file cannot be opened; the entries are
+  ///         then as before.
+  void loadProperties(const std::string& path);
+
+  /// As loadProperties with the path remembered. @throws NYXException as there.
+  void reloadProperties();
+
+  /// Sets an entry, replacing one that is there; nothing is trimmed.
+  void setProperty(const std::string& key, const std::string& value);
+
+  bool contains(const NativePropertyItem& item) const;
+
+  /// @throws NYXException as NativePropertyItem::getStringValue.
+  std::string getPropertyAsString(const NativePropertyItem& item) const;
+  /// @throws NYXException as NativePropertyItem::getIntegerValue.
+  int getPropertyAsInteger(const NativePropertyItem& item) const;
+  /// @throws NYXException as NativePropertyItem::getBooleanValue.
+  bool getPropertyAsBoolean(const NativePropertyItem& item) const;
+
+  /// @return whether the path remembered contains "agent.properties"; the contents do not matter.
+  bool isAgentProperties() const;
+  /// @return whether the path remembered contains "logger.properties"; the contents do not matter.
+  bool isLoggerProperties() const;
+
+private:
+  friend TESSEL_API std::ostream& operator<<(std::ostream& stream, const NativeProperties& properties);
+
+  void loadProperties();
+  const std::string* find(const NativePropertyItem& item) const;
+
+  static const RasDescriptor rd;
+
+  std::map<std::string, std::string> properties_;
+  std::string filePath_;
+};
+
+/// Writes the entries as key=value, separated by commas, in key order.
+TESSEL_API std::ostream& operator<<(std::ostream& stream, const NativeProperties& properties);
+
+}  // namespace tessel

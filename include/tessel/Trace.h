@@ -1,0 +1,117 @@
+/// @file
+#pragma once
+
+#include <deque>
+#include <iosfwd>
+#include <map>
+#include <memory>
+#include <stack>
+#include <string>
+
+#include <tessel/Export.h>
+#include <tessel/TraceLevel.h>
+
+namespace tessel {
+
+class LogRecord;
+class NYXException;
+class NYXThreadSyncImpl;
+class RasDescriptor;
+
+namespace internal {
+class MethodTrace;
+}
+
+/// Method trace: entries, exits, data points and thrown exceptions of all threads, indented by call depth.
+///
+/// The trace points do not test the level: ask RasDescriptor::isFlowOn() before entry, exit and throwing, isOn(level)
+/// before data. Each may be called from any thread; all threads' points are written one after the other. A point
+/// raised while the same thread publishes another one is dropped, and so is a point of a thread that is inside a
+/// log handler or holds another lock of the diagnostics while some other thread is tracing. Nothing is thrown.
+class TESSEL_API Trace {
+public:
+  /// @param methodName shown as "null" when null.
+  static void entry(const RasDescriptor& descriptor, const char* methodName);
+  static void exit(const RasDescriptor& descriptor, const char* methodName);
+  static void data(const RasDescriptor& descriptor, const TraceLevel& level, const char* methodName);
+  /// @param thrown not owned; shown with its causes and its class; may be null.
+  static void throwing(const RasDescriptor& descriptor, const char* methodName, const NYXException* thrown);
+
+  /// An entry on behalf of an object. @param arguments std::string each; the first five are shown, an empty one as
+  /// two double-quote characters.
+  template <class... Texts>
+  static void entry(const RasDescriptor& descriptor, const void* object, const char* methodName,
+                    const Texts&... arguments) {
+    getInstance().traceMethodEntry(descriptor, object, methodName, static_cast<int>(sizeof...(arguments)),
+                                   &arguments...);
+  }
+
+  /// An exit on behalf of an object, without a return value.
+  static void exit(const RasDescriptor& descriptor, const void* object, const char* methodName);
+
+  /// An exit with a return value. @param returnType shown behind the value.
+  static void exit(const RasDescriptor& descriptor, const void* object, const char* methodName,
+                   const std::string& returnValue, const std::string& returnType);
+
+  /// A data point on behalf of an object. @param arguments as for entry.
+  template <class... Texts>
+  static void data(const RasDescriptor& descriptor, const TraceLevel& level, const void* object,
+                   const char* methodName, const Texts&... arguments) {
+    getInstance().traceMethodData(descriptor, level, object, methodName, static_cast<int>(sizeof...(arguments)),
+                                  &arguments...);
+  }
+
+  static void throwing(const RasDescriptor& descriptor, const void* object, const char* methodName,
+                       const NYXException* thrown);
+
+  virtual ~Trace();
+
+private:
+  friend class internal::MethodTrace;
+  friend class NYXThreadImpl;
+
+  using MethodStack = std::stack<std::string, std::deque<std::string>>;
+  class Guard;
+
+  Trace();
+  Trace(const Trace& other);
+  Trace& operator=(const Trace& other);
+
+  static Trace& getInstance();
+
+  // The workers return whether the point was taken.
+  bool traceMethodEntry(const RasDescriptor& descriptor, const void* object, const char* methodName, int count, ...);
+  bool traceMethodExit(const RasDescriptor& descriptor, const void* object, const char* methodName,
+                       const std::string* returnValue, const std::string& returnType);
+  bool traceMethodData(const RasDescriptor& descriptor, const TraceLevel& level, const void* object,
+                       const char* methodName, int count, ...);
+  bool traceMethodThrowing(const RasDescriptor& descriptor, const void* object, const char* methodName,
+                           const NYXException* thrown);
+
+  // Forgets the calling thread's stack; ids of ended threads are used again.
+  void dropMethodStack();
+
+  // An exit that could not be taken: its name is popped at the thread's next point.
+  static void deferExit();
+  void popDeferredExits(unsigned long threadId);
+
+  MethodStack* getMethodStack(unsigned long threadId);
+  void removeMethodStack(unsigned long threadId);
+  static std::string generateIndent(unsigned long long depth);
+  std::string generateMethodEntryIndent(unsigned long threadId, const char* methodName);
+  std::string generateMethodExitIndent(unsigned long threadId, const char* methodName);
+  std::string generateMethodDataIndent(unsigned long threadId);
+  std::string generateMethodThrowingIndent(unsigned long threadId);
+  static std::string unbalancedExit(MethodStack& stack, const std::string& methodName);
+  static std::string getPrefixedClassName(const std::string& className);
+  bool lockTrace();
+  void unlockTrace();
+  void publish(const RasDescriptor& descriptor, const void* object, const char* methodName, LogRecord& record);
+
+  NYXThreadSyncImpl* lock_;
+  bool inTrace_ = false;  // guarded by lock_
+  std::map<unsigned long, std::unique_ptr<MethodStack>>* methodStacks_;  // guarded by lock_
+  std::ostream* stream_;
+};
+
+}  // namespace tessel

@@ -1,0 +1,56 @@
+# Shared by the scripts of this folder: source it, then the current folder is the top of the tree.
+
+top=$(cd "$(dirname "${BASH_SOURCE[0]}")/.." && pwd)
+cd "$top"
+
+die() {
+  printf '%s: %s\n' "${0##*/}" "$*" >&2
+  exit 1
+}
+
+# The mark of a step; everything a step has to say follows it.
+step() { printf '== %s\n' "$*"; }
+
+# build_preset PRESET [CMAKE_OPTION...]: configures and builds in build/PRESET; speaks only when something fails.
+build_preset() {
+  local preset=$1 log=build/$1.log
+  shift
+  mkdir -p build
+  if ! { cmake --preset "$preset" "$@" && cmake --build --preset "$preset"; } >"$log" 2>&1; then
+    tail -n 60 "$log"
+    return 1
+  fi
+}
+
+# wine_start: the environment of every Windows program run from here, and one server that outlives them all.
+wine_start() {
+  export WINEPREFIX=$top/build/wine
+  export WINEDEBUG=-all
+  # Without a debugger a crash ends the process instead of exiting 0.
+  export WINEDLLOVERRIDES='winedbg.exe=d,mscoree=d,mshtml=d'
+  mkdir -p build
+  if [ ! -e "$WINEPREFIX/system.reg" ]; then
+    wineboot -i >build/wineboot.log 2>&1 || die "wineboot failed, see build/wineboot.log"
+    wineserver -w
+  fi
+  trap wine_stop EXIT
+  wine_serve
+}
+
+# The server, and the services that the first program starts, get no output of ours: they would hold a pipe to our
+# caller open for as long as they live.
+wine_serve() {
+  wineserver -p >/dev/null 2>&1 </dev/null
+  wine cmd /c exit >/dev/null 2>&1 </dev/null || die "Wine does not start"
+}
+
+# wine_restart: ends every Windows program that is still running.
+wine_restart() {
+  wine_stop
+  wine_serve
+}
+
+wine_stop() { wineserver -k >/dev/null 2>&1 || true; }
+
+# product_root FOLDER: the value of KTB_PROD for the product laid out in FOLDER, as a Windows program sees it.
+product_root() { printf 'Z:%s' "$(cd "$1" && pwd)"; }

@@ -1,0 +1,22 @@
+#include "internal/DiagnosticsLock.h"
+
+#include <tessel/NYXThreadSync.h>
+
+namespace tessel::internal {
+namespace {
+
+thread_local unsigned marks = 0;
+
+}  // namespace
+
+NoBlockingTrace::NoBlockingTrace() noexcept { ++marks; }
+
+NoBlockingTrace::~NoBlockingTrace() { --marks; }
+
+bool NoBlockingTrace::active() noexcept { return marks != 0; }
+
+DiagnosticsLock::DiagnosticsLock(NYXThreadSync& sync) : sync_(sync) { sync_.lock(); }
+
+DiagnosticsLock::~DiagnosticsLock() { sync_.unlock(); }
+
+}  // namespace tessel::internal

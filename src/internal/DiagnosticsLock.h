@@ -1,0 +1,36 @@
+// Locks of the diagnostics, and what a thread that holds one may do.
+#pragma once
+
+namespace tessel {
+class NYXThreadSync;
+}
+
+namespace tessel::internal {
+
+// Marks that this thread must not block on the trace lock: it only tries it and drops the trace point when the
+// lock is taken. Without that rule a thread that publishes a trace record and needs one of the other locks would
+// meet, and never pass, a thread that holds that lock and traces.
+class NoBlockingTrace {
+public:
+  NoBlockingTrace() noexcept;
+  ~NoBlockingTrace();
+  NoBlockingTrace(const NoBlockingTrace&) = delete;
+  NoBlockingTrace& operator=(const NoBlockingTrace&) = delete;
+
+  static bool active() noexcept;
+};
+
+// Holds a lock of the diagnostics for a scope. Such a lock is never held while the trace lock is waited for.
+class DiagnosticsLock {
+public:
+  explicit DiagnosticsLock(NYXThreadSync& sync);
+  ~DiagnosticsLock();
+  DiagnosticsLock(const DiagnosticsLock&) = delete;
+  DiagnosticsLock& operator=(const DiagnosticsLock&) = delete;
+
+private:
+  NoBlockingTrace mark_;
+  NYXThreadSync& sync_;
+};
+
+}  // namespace tessel::internal

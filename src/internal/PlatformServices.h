@@ -1,0 +1,17 @@
+// What the portable classes need from the system; implemented once per platform.
+#pragma once
+
+#include <cstdint>
+#include <ctime>
+#include <string>
+
+namespace tessel::internal {
+
+std::tm localTime(std::int64_t secondsSinceEpoch);
+std::tm utcTime(std::int64_t secondsSinceEpoch);
+unsigned long currentProcessId();
+
+// The user's default locale, as "fr-FR" or "fr_FR.UTF-8". Throws std::runtime_error when the system names none.
+std::string userLocaleName();
+
+}  // namespace tessel::internal

@@ -1,0 +1,13 @@
+// The one flag that a disabled trace point looks at.
+#pragma once
+
+#include <atomic>
+
+namespace tessel::internal {
+
+// True once trace is available or a debug level is set: until then no descriptor is on.
+extern std::atomic<bool> traceSwitch;
+
+inline bool traceMayBeOn() noexcept { return traceSwitch.load(std::memory_order_relaxed); }
+
+}  // namespace tessel::internal

@@ -1,0 +1,67 @@
+// Owners of what the system hands out. Each closes its resource and keeps the thread's last error.
+#pragma once
+
+#include <memory>
+#include <utility>
+
+#include "internal/pc/Platform.h"
+
+namespace tessel::internal {
+
+// Restores the thread's last error when the scope ends.
+class KeepLastError {
+public:
+  KeepLastError() noexcept : number_(GetLastError()) {}
+  ~KeepLastError() { SetLastError(number_); }
+  KeepLastError(const KeepLastError&) = delete;
+  KeepLastError& operator=(const KeepLastError&) = delete;
+
+private:
+  DWORD number_;
+};
+
+// A kernel handle; empty for null and for the invalid handle, whichever the system call uses.
+class UniqueHandle {
+public:
+  UniqueHandle() noexcept = default;
+  explicit UniqueHandle(HANDLE handle) noexcept : handle_(handle == INVALID_HANDLE_VALUE ? nullptr : handle) {}
+  UniqueHandle(UniqueHandle&& other) noexcept : handle_(other.release()) {}
+  UniqueHandle& operator=(UniqueHandle&& other) noexcept {
+    reset(other.release());
+    return *this;
+  }
+  UniqueHandle(const UniqueHandle&) = delete;
+  UniqueHandle& operator=(const UniqueHandle&) = delete;
+  ~UniqueHandle() { reset(); }
+
+  explicit operator bool() const noexcept { return handle_ != nullptr; }
+  HANDLE get() const noexcept { return handle_; }
+  // What a call reports on when it is given a handle that was never opened.
+  HANDLE getOrInvalid() const noexcept { return handle_ ? handle_ : INVALID_HANDLE_VALUE; }
+  HANDLE release() noexcept { return std::exchange(handle_, nullptr); }
+  void reset(HANDLE handle = nullptr) noexcept {
+    if (handle_) {
+      const KeepLastError keep;
+      CloseHandle(handle_);
+    }
+    handle_ = handle;
+  }
+  // Where a system call writes the handle that it opens.
+  HANDLE* receive() noexcept {
+    reset();
+    return &handle_;
+  }
+
+private:
+  HANDLE handle_ = nullptr;
+};
+
+struct SidDeleter {
+  void operator()(void* sid) const noexcept {
+    const KeepLastError keep;
+    FreeSid(sid);
+  }
+};
+using UniqueSid = std::unique_ptr<void, SidDeleter>;
+
+}  // namespace tessel::internal

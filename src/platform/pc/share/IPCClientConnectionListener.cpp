@@ -1,0 +1,351 @@
+#include <tessel/IPCClientConnectionListener.h>
+
+#include <exception>
+
+#include <tessel/EventLog.h>
+#include <tessel/FFDC.h>
+#include <tessel/IPCClientImpl.h>
+#include <tessel/IPCClientRunnable.h>
+#include <tessel/IPCMessage.h>
+#include <tessel/NYXException.h>
+#include <tessel/NYXThreadImpl.h>
+#include <tessel/NYXThreadSyncImpl.h>
+#include <tessel/Synchronize.h>
+
+#include "internal/Bundles.h"
+#include "internal/LastError.h"
+#include "internal/MethodTrace.h"
+#include "internal/pc/PipeName.h"
+#include "internal/pc/UniqueHandle.h"
+#include "platform/pc/share/SecurityData.h"
+
+namespace tessel {
+
+using internal::LastError;
+using internal::MethodTrace;
+
+const RasDescriptor IPCClientConnectionListener::rd("IPCClientConnectionListener", internal::kMessages);
+
+namespace {
+
+constexpr DWORD kMaxMessage = IPCMessage::MAX_MESSAGE_DATA_LEN;
+constexpr unsigned long kWakeUpWait = 100;       // ms: the wake-up client waits no longer for a busy pipe
+constexpr unsigned kFailuresBeforePause = 3;     // failing accepts in a row
+constexpr long kPause = 100;                     // ms, ended by a stop
+constexpr unsigned long kLeaveWait = 50;         // ms for a worker whose client has left
+constexpr unsigned long long kWriteGrace = 2000; // ms for a client that does not read its reply
+constexpr unsigned long long kReadGrace = 5000;  // ms for a cancelled read to end
+
+}  // namespace
+
+// One instance of the pipe.
+struct IPCClientConnectionListener::Instance {
+  internal::UniqueHandle handle;
+
+  void disconnect() const {
+    if (handle) DisconnectNamedPipe(handle.get());
+  }
+};
+
+// A connected client. Declared in the order in which the parts need each other.
+struct IPCClientConnectionListener::Worker {
+  std::unique_ptr<Instance> instance;
+  IPCClientRunnable runnable;
+  NYXThreadImpl thread;
+
+  Worker(const std::string& serviceName, std::unique_ptr<Instance> connected, IPCListener& listener)
+      : instance(std::move(connected)),
+        runnable(serviceName, instance->handle.get(), listener),
+        thread(&runnable) {}
+
+  // Only after the thread has ended: a pipe must not be touched while a thread is blocked in its read.
+  void closePipe() {
+    instance->disconnect();
+    instance->handle.reset();
+  }
+
+  // A thread that cannot be asked counts as alive.
+  bool hasEnded() noexcept {
+    try {
+      return thread.joinFor(0);
+    } catch (const NYXException&) {
+      return false;
+    }
+  }
+};
+
+IPCClientConnectionListener::IPCClientConnectionListener(const std::string& name, IPCListener& listener,
+                                                         int maxConnections, const std::string& adminGroupName)
+    : serviceName_(name), listener_(&listener), maxConnections_(maxConnections), sync_(new NYXThreadSyncImpl) {
+  const MethodTrace trace(rd, this, "IPCClientConnectionListener", name, maxConnections, adminGroupName);
+  setRunning(false);
+}
+
+IPCClientConnectionListener::IPCClientConnectionListener(const IPCClientConnectionListener& other)
+    : NYXRunnable(other),
+      serviceName_(other.serviceName_),
+      listener_(other.listener_),
+      maxConnections_(other.maxConnections_),
+      sync_(new NYXThreadSyncImpl) {}
+
+IPCClientConnectionListener& IPCClientConnectionListener::operator=(const IPCClientConnectionListener& other) {
+  if (this == &other) return *this;
+  serviceName_ = other.serviceName_;
+  maxConnections_ = other.maxConnections_;
+  errorMessage_.clear();
+  setShutdownRequested(false);
+  setRunning(false);
+  return *this;
+}
+
+IPCClientConnectionListener::~IPCClientConnectionListener() {
+  const MethodTrace trace(rd, this, "~IPCClientConnectionListener");
+  shutdown();
+}
+
+bool IPCClientConnectionListener::shutdown() {
+  MethodTrace trace(rd, this, "shutdown");
+  setShutdownRequested(true);
+  if (!isRunning()) return trace.result(true);
+  IPCClientImpl client(serviceName_, NativeProperties());
+  client.setBusyWait(kWakeUpWait);
+  try {
+    client.connect();
+    client.disconnect();
+    return trace.result(true);
+  } catch (const NYXException& exception) {
+    // A client that took the last instance woke the listener just as well.
+    if (hasEnded()) return trace.result(true);
+    FFDC::capture(rd, "shutdown", FFDC::PROBE_001(), &exception);
+    return trace.result(false);
+  }
+}
+
+long IPCClientConnectionListener::run() {
+  MethodTrace trace(rd, this, "run", serviceName_);
+  // However the loop ends, no worker outlives it.
+  struct End {
+    IPCClientConnectionListener& listener;
+    const MethodTrace& trace;
+    ~End() {
+      trace.data(TraceLevel::MODERATE, "Ended. Removing all currently connected client threads");
+      listener.setEnded();
+      listener.stopWorkers();
+      listener.setRunning(false);
+    }
+  };
+  const End end{*this, trace};
+  try {
+    return trace.result(listen());
+  } catch (const std::exception& exception) {
+    throw trace.thrown(NYXException(exception.what()));
+  }
+}
+
+long IPCClientConnectionListener::listen() {
+  const MethodTrace trace(rd, this, "listen");
+  SecurityData security;
+  const unsigned long number = security.setSecurityAttributes();
+  if (number != NO_ERROR) {
+    errorMessage_ = NLS::format(rd, "KTBNV0114_SECURITY_SETUP_FAILED", serviceName_, LastError(number).text());
+    trace.data(TraceLevel::MODERATE, errorMessage_);
+    return static_cast<long>(number);
+  }
+  return serveInstances(security.getSecurityAttributes());
+}
+
+long IPCClientConnectionListener::serveInstances(void* securityAttributes) {
+  const MethodTrace trace(rd, this, "serveInstances");
+  long result = NO_ERROR;
+  unsigned failures = 0;
+  for (bool first = true; result == NO_ERROR && !isShutdownRequested(); first = false) {
+    auto instance = std::make_unique<Instance>();
+    instance->handle.reset();
+    const HANDLE pipe =
+        CreateNamedPipeA(internal::pipePath(serviceName_).c_str(),
+                         PIPE_ACCESS_DUPLEX | (first ? FILE_FLAG_FIRST_PIPE_INSTANCE : 0),
+                         PIPE_TYPE_MESSAGE | PIPE_READMODE_MESSAGE | PIPE_WAIT, PIPE_UNLIMITED_INSTANCES, kMaxMessage,
+                         kMaxMessage, 0, static_cast<SECURITY_ATTRIBUTES*>(securityAttributes));
+    if (pipe == INVALID_HANDLE_VALUE) {
+      const LastError error;
+      result = static_cast<long>(error.number());
+      const std::string message = NLS::format(rd, "KTBNV0087_CREATE_NAMED_PIPE_FAILED", serviceName_, error.text());
+      trace.data(TraceLevel::MODERATE, message);
+      if (first) {
+        errorMessage_ = message;
+        return result;
+      }
+      EventLog::errorNoFormat(rd, message);
+    }
+    instance->handle.reset(pipe == INVALID_HANDLE_VALUE ? nullptr : pipe);
+    dropped_.reset();
+    setRunning(true);
+    // Asked again: a stop that came before the line above found nothing to wake.
+    if (isShutdownRequested()) {
+      lastInstance_ = std::move(instance);
+      break;
+    }
+    trace.data(TraceLevel::MODERATE, "Waiting for a client to connect");
+    unsigned long acceptError = NO_ERROR;
+    const bool accepted = accept(*instance, acceptError);
+    if (isShutdownRequested()) {
+      lastInstance_ = std::move(instance);
+      break;
+    }
+    failures = accepted ? 0 : failures + 1;
+    if (!accepted) {
+      reapFinishedWorkers();
+      reject(std::move(instance), NLS::format(rd, "KTBNV0089_CONNECT_NAMED_PIPE_FAILED", serviceName_,
+                                              LastError(acceptError).text()));
+      pauseAfterFailures(failures);
+    } else if (!makeRoom()) {
+      reject(std::move(instance), NLS::format(rd, "KTBNV0090_MAX_CONNECTIONS_EXCEEDED", serviceName_,
+                                              std::to_string(maxConnections_)));
+    } else {
+      trace.data(TraceLevel::MODERATE, "Client connected, creating a processing thread.");
+      startWorker(std::move(instance));
+    }
+  }
+  return result;
+}
+
+bool IPCClientConnectionListener::accept(const Instance& instance, unsigned long& error) const {
+  if (ConnectNamedPipe(instance.handle.getOrInvalid(), nullptr)) return true;
+  error = LastError().number();
+  return error == ERROR_PIPE_CONNECTED;
+}
+
+// The instance is closed only when the next one exists, so that the pipe's name is never free.
+void IPCClientConnectionListener::reject(std::unique_ptr<Instance> instance, const std::string& message) {
+  EventLog::errorNoFormat(rd, message);
+  instance->disconnect();
+  dropped_ = std::move(instance);
+}
+
+bool IPCClientConnectionListener::isFull() const {
+  return maxConnections_ >= 0 && clientThreads_.size() >= static_cast<std::size_t>(maxConnections_);
+}
+
+// A client that leaves and comes back at once must not be refused for its own dying worker.
+bool IPCClientConnectionListener::makeRoom() {
+  reapFinishedWorkers();
+  const ULONGLONG end = GetTickCount64() + kLeaveWait;
+  while (isFull() && maxConnections_ > 0 && GetTickCount64() < end && !isShutdownRequested()) {
+    Sleep(1);
+    reapFinishedWorkers();
+  }
+  return !isFull();
+}
+
+void IPCClientConnectionListener::reapFinishedWorkers() {
+  clientThreads_.remove_if([](const std::unique_ptr<Worker>& worker) {
+    if (!worker->hasEnded()) return false;
+    worker->closePipe();
+    return true;
+  });
+}
+
+void IPCClientConnectionListener::startWorker(std::unique_ptr<Instance> instance) {
+  std::unique_ptr<Worker> worker;
+  try {
+    worker = std::make_unique<Worker>(serviceName_, std::move(instance), *listener_);
+    worker->thread.start();
+    clientThreads_.push_back(std::move(worker));
+  } catch (const NYXException& exception) {
+    reject(worker ? std::move(worker->instance) : std::make_unique<Instance>(),
+           NLS::format(rd, "KTBNV0088_THREAD_START_FAILED", serviceName_, exception.getMessage()));
+  }
+}
+
+void IPCClientConnectionListener::pauseAfterFailures(unsigned failures) {
+  if (failures < kFailuresBeforePause) return;
+  const Synchronize guard(sync_.get());
+  if (!shutdownRequested_) sync_->wait(kPause);
+}
+
+namespace {
+
+// A failure to stop or wait for a thread is captured: the workers after it are stopped all the same.
+template <class Action>
+bool succeeds(const RasDescriptor& rd, Action action) noexcept {
+  try {
+    action();
+    return true;
+  } catch (const NYXException& exception) {
+    FFDC::capture(rd, "stopWorkers", FFDC::PROBE_002(), &exception);
+    return false;
+  }
+}
+
+}  // namespace
+
+// A thread is terminated only when its cancelled read does not end: killed inside the heap or a trace point it
+// would freeze the process.
+void IPCClientConnectionListener::stopWorkers() {
+  const MethodTrace trace(rd, this, "stopWorkers");
+  for (const auto& worker : clientThreads_) worker->runnable.shutdown();
+  const ULONGLONG start = GetTickCount64();
+  while (!clientThreads_.empty()) {
+    const ULONGLONG waited = GetTickCount64() - start;
+    for (const auto& worker : clientThreads_) {
+      const auto activity = worker->runnable.getActivity();
+      const bool reading = activity == IPCClientRunnable::Activity::reading;
+      const bool processing = activity == IPCClientRunnable::Activity::processing;
+      if (reading || (!processing && waited >= kWriteGrace)) worker->thread.cancelBlockedCall();
+      if (reading && waited >= kReadGrace) succeeds(rd, [&] { worker->thread.stop(); });
+    }
+    if (!succeeds(rd, [&] { clientThreads_.front()->thread.joinFor(1); })) {
+      // What its thread may still use is never freed.
+      static_cast<void>(clientThreads_.front().release());
+      clientThreads_.pop_front();
+    }
+    reapFinishedWorkers();
+  }
+}
+
+bool IPCClientConnectionListener::waitRunning(long timeoutMillis) const {
+  MethodTrace trace(rd, this, "waitRunning", timeoutMillis);
+  const Synchronize guard(sync_.get());
+  if (!running_ && !ended_) sync_->wait(timeoutMillis);
+  return trace.result(running_);
+}
+
+std::string IPCClientConnectionListener::getErrorMessage() const {
+  MethodTrace trace(rd, this, "getErrorMessage");
+  return trace.result(errorMessage_);
+}
+
+bool IPCClientConnectionListener::hasEnded() const {
+  const Synchronize guard(sync_.get());
+  return ended_;
+}
+
+bool IPCClientConnectionListener::isRunning() const {
+  const Synchronize guard(sync_.get());
+  return running_;
+}
+
+void IPCClientConnectionListener::setRunning(bool running) {
+  const Synchronize guard(sync_.get());
+  running_ = running;
+  sync_->notifyAll();
+}
+
+bool IPCClientConnectionListener::isShutdownRequested() const {
+  const Synchronize guard(sync_.get());
+  return shutdownRequested_;
+}
+
+void IPCClientConnectionListener::setShutdownRequested(bool requested) {
+  const Synchronize guard(sync_.get());
+  shutdownRequested_ = requested;
+  sync_->notifyAll();
+}
+
+void IPCClientConnectionListener::setEnded() {
+  const Synchronize guard(sync_.get());
+  ended_ = true;
+  sync_->notifyAll();
+}
+
+}  // namespace tessel

@@ -1,0 +1,209 @@
+#include <tessel/NYXThreadSyncImpl.h>
+
+#include <atomic>
+#include <cstdint>
+
+#include <tessel/FFDC.h>
+#include <tessel/NYXException.h>
+
+#include "internal/Bundles.h"
+#include "internal/LastError.h"
+#include "internal/MethodTrace.h"
+#include "internal/pc/Platform.h"
+
+namespace tessel {
+
+using internal::LastError;
+using internal::MethodTrace;
+
+const RasDescriptor NYXThreadSyncImpl::rd("NYXThreadSyncImpl", internal::kMessages);
+
+namespace {
+
+// The holder and its count of nested locks, read by strangers, cleared with one write.
+class Owner {
+public:
+  std::uint32_t thread() const { return static_cast<std::uint32_t>(value_.load(std::memory_order_relaxed)); }
+  std::uint32_t count() const { return static_cast<std::uint32_t>(value_.load(std::memory_order_relaxed) >> 32); }
+  void set(std::uint32_t thread, std::uint32_t count) {
+    value_.store(count == 0 ? 0 : std::uint64_t{count} << 32 | thread, std::memory_order_relaxed);
+  }
+
+private:
+  std::atomic<std::uint64_t> value_{0};
+};
+
+class WaitersLock {
+public:
+  explicit WaitersLock(CRITICAL_SECTION& section) : section_(section) { EnterCriticalSection(&section_); }
+  ~WaitersLock() { LeaveCriticalSection(&section_); }
+  WaitersLock(const WaitersLock&) = delete;
+  WaitersLock& operator=(const WaitersLock&) = delete;
+
+private:
+  CRITICAL_SECTION& section_;
+};
+
+}  // namespace
+
+struct NYXThreadSyncImpl::State {
+  HANDLE event = nullptr;
+  CRITICAL_SECTION section{};
+  Owner owner;
+  // Entries of the section not left yet. Leaving a section that nobody is inside corrupts it.
+  std::atomic<std::uint32_t> entered{0};
+
+  // Who waits, and who of them was notified and has not come back; held only for a few instructions.
+  CRITICAL_SECTION waitersSection{};
+  std::uint64_t notifications = 0;
+  std::uint32_t waiting = 0;
+  std::uint32_t returning = 0;
+  bool eventSet = false;
+
+  explicit State(HANDLE newEvent) : event(newEvent) {
+    InitializeCriticalSection(&section);
+    InitializeCriticalSection(&waitersSection);
+  }
+  // The event is not closed: see the header.
+  ~State() {
+    DeleteCriticalSection(&waitersSection);
+    DeleteCriticalSection(&section);
+  }
+  State(const State&) = delete;
+  State& operator=(const State&) = delete;
+
+  void enter() {
+    EnterCriticalSection(&section);
+    entered.store(entered.load(std::memory_order_relaxed) + 1, std::memory_order_relaxed);
+  }
+
+  bool tryEnter() {
+    if (!TryEnterCriticalSection(&section)) return false;
+    entered.store(entered.load(std::memory_order_relaxed) + 1, std::memory_order_relaxed);
+    return true;
+  }
+
+  void addHold() {
+    const std::uint32_t self = GetCurrentThreadId();
+    owner.set(self, owner.thread() == self ? owner.count() + 1 : 1);
+  }
+
+  void leave() {
+    const std::uint32_t entries = entered.load(std::memory_order_relaxed);
+    if (entries == 0) return;
+    entered.store(entries - 1, std::memory_order_relaxed);
+    LeaveCriticalSection(&section);
+  }
+
+  // While a notified waiter is on its way back the event must stay set, or that waiter would sleep on.
+  bool beginWait(std::uint64_t& seen) {
+    const WaitersLock guard(waitersSection);
+    if (returning == 0 && eventSet) {
+      if (!ResetEvent(event)) return false;
+      eventSet = false;
+    }
+    ++waiting;
+    seen = notifications;
+    return true;
+  }
+
+  void endWait(std::uint64_t seen) {
+    const WaitersLock guard(waitersSection);
+    --(seen == notifications ? waiting : returning);
+  }
+
+  bool notify() {
+    const WaitersLock guard(waitersSection);
+    if (!SetEvent(event)) return false;
+    eventSet = true;
+    ++notifications;
+    returning += waiting;
+    waiting = 0;
+    return true;
+  }
+};
+
+namespace {
+
+// Failures only: the monitor lies below the trace facility.
+NYXException failureOf(const RasDescriptor& rd, const void* object, const char* method, const char* key,
+                       const std::string& insert) {
+  const NYXException failure(NLS::format(rd, key, insert));
+  if (rd.isFlowOn()) Trace::throwing(rd, object, method, &failure);
+  return failure;
+}
+
+}  // namespace
+
+NYXThreadSyncImpl::NYXThreadSyncImpl() : state_(nullptr) {
+  const HANDLE event = CreateEventA(nullptr, TRUE, FALSE, nullptr);
+  if (!event) {
+    const LastError error;
+    throw failureOf(rd, this, "NYXThreadSyncImpl", "KTBNV0008_UNABLE_TO_CREATE_EVENT", error.numberText());
+  }
+  state_ = new State(event);
+}
+
+NYXThreadSyncImpl::NYXThreadSyncImpl(const NYXThreadSyncImpl&) : NYXThreadSyncImpl() {}
+
+// NOLINTNEXTLINE(bugprone-unhandled-self-assignment,cert-oop54-cpp): each object keeps its own monitor
+NYXThreadSyncImpl& NYXThreadSyncImpl::operator=(const NYXThreadSyncImpl&) { return *this; }
+
+NYXThreadSyncImpl::~NYXThreadSyncImpl() { delete state_; }
+
+void NYXThreadSyncImpl::lock() {
+  state_->enter();
+  state_->addHold();
+}
+
+bool NYXThreadSyncImpl::tryLock() {
+  if (!state_->tryEnter()) return false;
+  state_->addHold();
+  return true;
+}
+
+void NYXThreadSyncImpl::unlock() {
+  const std::uint32_t self = GetCurrentThreadId();
+  if (state_->owner.thread() == self) state_->owner.set(self, state_->owner.count() - 1);
+  state_->leave();
+}
+
+int NYXThreadSyncImpl::wait(long timeoutMillis) {
+  const std::uint32_t self = GetCurrentThreadId();
+  if (state_->owner.thread() != self) {
+    const NYXException failure(NLS::format(rd, "KTBNV0171_THREAD_NOT_OWNER"));
+    FFDC::capture(rd, "wait", FFDC::PROBE_001(), &failure);
+    if (rd.isFlowOn()) Trace::throwing(rd, this, "wait", &failure);
+    throw failure;
+  }
+  const std::uint32_t held = state_->owner.count();
+  std::uint64_t seen = 0;
+  if (!state_->beginWait(seen)) {
+    const LastError error;
+    throw failureOf(rd, this, "wait", "KTBNV0010_UNABLE_TO_RESET_EVENT", error.numberText());
+  }
+  for (std::uint32_t i = 0; i < held; ++i) state_->leave();
+  const DWORD result = WaitForSingleObject(state_->event, static_cast<DWORD>(timeoutMillis));
+  const LastError error;
+  state_->endWait(seen);
+  if (result == WAIT_FAILED) {
+    throw failureOf(rd, this, "wait", "KTBNV0011_WAIT_FOR_EVENT_FAILED", error.numberText());
+  }
+  if (result != WAIT_OBJECT_0 && result != WAIT_TIMEOUT) {
+    throw failureOf(rd, this, "wait", "KTBNV0012_WAIT_FOR_EVENT_FAILED2", std::to_string(result));
+  }
+  for (std::uint32_t i = 0; i < held; ++i) state_->enter();
+  state_->owner.set(self, held);
+  return result == WAIT_OBJECT_0 ? 0 : -1;
+}
+
+void NYXThreadSyncImpl::wait() { wait(-1); }
+
+void NYXThreadSyncImpl::notifyAll() {
+  if (!state_->notify()) {
+    const LastError error;
+    throw failureOf(rd, this, "notifyAll", "KTBNV0009_UNABLE_TO_SET_EVENT", error.numberText());
+  }
+}
+
+}  // namespace tessel

@@ -1,0 +1,10 @@
+#include <tessel/IPCListener.h>
+
+namespace tessel {
+
+IPCListener::IPCListener() = default;
+IPCListener::IPCListener(const IPCListener& other) = default;
+IPCListener& IPCListener::operator=(const IPCListener& other) = default;
+IPCListener::~IPCListener() = default;
+
+}  // namespace tessel

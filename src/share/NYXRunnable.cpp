@@ -1,0 +1,10 @@
+#include <tessel/NYXRunnable.h>
+
+namespace tessel {
+
+NYXRunnable::NYXRunnable() = default;
+NYXRunnable::NYXRunnable(const NYXRunnable& other) = default;
+NYXRunnable& NYXRunnable::operator=(const NYXRunnable& other) = default;
+NYXRunnable::~NYXRunnable() = default;
+
+}  // namespace tessel

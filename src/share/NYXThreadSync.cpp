@@ -1,0 +1,10 @@
+#include <tessel/NYXThreadSync.h>
+
+namespace tessel {
+
+NYXThreadSync::NYXThreadSync() = default;
+NYXThreadSync::NYXThreadSync(const NYXThreadSync& other) = default;
+NYXThreadSync& NYXThreadSync::operator=(const NYXThreadSync& other) = default;
+NYXThreadSync::~NYXThreadSync() = default;
+
+}  // namespace tessel

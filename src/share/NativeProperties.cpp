@@ -1,0 +1,106 @@
+#include <tessel/NativeProperties.h>
+
+#include <array>
+#include <fstream>
+#include <ostream>
+
+#include <tessel/NYXException.h>
+#include <tessel/NativePropertyItem.h>
+
+#include "internal/Bundles.h"
+#include "internal/MethodTrace.h"
+#include "internal/PropertiesText.h"
+
+namespace tessel {
+namespace {
+
+// In text mode, as properties files have always been read.
+std::string readAll(std::ifstream& file) {
+  std::string text;
+  std::array<char, 65536> block{};
+  do {
+    file.read(block.data(), static_cast<std::streamsize>(block.size()));
+    text.append(block.data(), static_cast<std::size_t>(file.gcount()));
+  } while (file);
+  return text;
+}
+
+}  // namespace
+
+const RasDescriptor NativeProperties::rd("NativeProperties", internal::kMessages);
+
+NativeProperties::NativeProperties() = default;
+NativeProperties::NativeProperties(const NativeProperties& other) = default;
+NativeProperties& NativeProperties::operator=(const NativeProperties& other) = default;
+NativeProperties::~NativeProperties() = default;
+
+void NativeProperties::loadProperties(const std::string& path) {
+  const internal::MethodTrace trace(rd, this, "loadProperties", path);
+  filePath_ = path;
+  loadProperties();
+}
+
+void NativeProperties::reloadProperties() {
+  const internal::MethodTrace trace(rd, this, "reloadProperties");
+  loadProperties();
+}
+
+void NativeProperties::loadProperties() {
+  const internal::MethodTrace trace(rd, this, "loadProperties");
+  if (filePath_.empty()) throw trace.failure<NYXException>("KTBNV0123_PROP_FILE_PATH_EMPTY", filePath_);
+  std::ifstream file(filePath_);
+  if (!file.is_open()) throw trace.failure<NYXException>("KTBNV0122_PROP_FILE_OPEN_FAILED", filePath_);
+  trace.data(TraceLevel::MODERATE, "Loading properties from " + filePath_);
+  properties_ = internal::parseProperties(readAll(file));
+}
+
+void NativeProperties::setProperty(const std::string& key, const std::string& value) {
+  const internal::MethodTrace trace(rd, this, "setProperty", key, value);
+  properties_.insert_or_assign(key, value);
+}
+
+const std::string* NativeProperties::find(const NativePropertyItem& item) const {
+  const auto entry = properties_.find(item.getKey());
+  return entry == properties_.end() ? nullptr : &entry->second;
+}
+
+bool NativeProperties::contains(const NativePropertyItem& item) const {
+  internal::MethodTrace trace(rd, this, "contains", item);
+  return trace.result(find(item) != nullptr);
+}
+
+std::string NativeProperties::getPropertyAsString(const NativePropertyItem& item) const {
+  internal::MethodTrace trace(rd, this, "getPropertyAsString", item);
+  return trace.result(item.getStringValue(find(item)));
+}
+
+int NativeProperties::getPropertyAsInteger(const NativePropertyItem& item) const {
+  internal::MethodTrace trace(rd, this, "getPropertyAsInteger", item);
+  return trace.result(item.getIntegerValue(find(item)));
+}
+
+bool NativeProperties::getPropertyAsBoolean(const NativePropertyItem& item) const {
+  internal::MethodTrace trace(rd, this, "getPropertyAsBoolean", item);
+  return trace.result(item.getBooleanValue(find(item)));
+}
+
+bool NativeProperties::isAgentProperties() const {
+  internal::MethodTrace trace(rd, this, "isAgentProperties");
+  return trace.result(filePath_.find("agent.properties") != std::string::npos);
+}
+
+bool NativeProperties::isLoggerProperties() const {
+  internal::MethodTrace trace(rd, this, "isLoggerProperties");
+  return trace.result(filePath_.find("logger.properties") != std::string::npos);
+}
+
+std::ostream& operator<<(std::ostream& stream, const NativeProperties& properties) {
+  const char* separator = "";
+  for (const auto& [key, value] : properties.properties_) {
+    stream << separator << key << '=' << value;
+    separator = ",";
+  }
+  return stream;
+}
+
+}  // namespace tessel

@@ -1,0 +1,309 @@
+#include <tessel/Trace.h>
+
+#include <algorithm>
+#include <array>
+#include <cstdarg>
+#include <iostream>
+#include <sstream>
+
+#include <tessel/FFDC.h>
+#include <tessel/Logger.h>
+#include <tessel/NYXException.h>
+#include <tessel/NYXThread.h>
+#include <tessel/NYXThreadSyncImpl.h>
+#include <tessel/RAS.h>
+#include <tessel/RasDescriptor.h>
+#include <tessel/TraceDataLogRecord.h>
+#include <tessel/TraceEntryLogRecord.h>
+#include <tessel/TraceExitLogRecord.h>
+#include <tessel/TraceThrowingLogRecord.h>
+
+#include "internal/Bundles.h"
+#include "internal/DiagnosticsLock.h"
+
+namespace tessel {
+namespace {
+
+const RasDescriptor rd("Trace", internal::kMessages);
+
+constexpr int kMaxArguments = 5;
+constexpr const char* kEmptyArgument = "\"\"";
+
+thread_local unsigned deferredExits = 0;
+
+struct Arguments {
+  unsigned count = 0;
+  std::array<std::string, kMaxArguments> texts;
+};
+
+Arguments argumentsOf(int count, std::va_list list) {
+  Arguments arguments;
+  arguments.count = static_cast<unsigned>(std::clamp(count, 0, kMaxArguments));
+  for (unsigned i = 0; i < arguments.count; ++i) {
+    const auto* text = va_arg(list, const std::string*);  // NOLINT(cppcoreguidelines-pro-type-vararg)
+    arguments.texts.at(i) = text && !text->empty() ? *text : kEmptyArgument;
+  }
+  return arguments;
+}
+
+LogLevel logLevelOf(const TraceLevel& level) {
+  switch (level.getValue()) {
+    case TraceLevel::MODERATE: return LogLevel::FINER;
+    case TraceLevel::VERBOSE: return LogLevel::FINEST;
+    default: return LogLevel::FINE;
+  }
+}
+
+}  // namespace
+
+// Holds the trace lock for one trace point.
+class Trace::Guard {
+public:
+  explicit Guard(Trace& trace) : trace_(trace), taken_(trace.lockTrace()) {}
+  ~Guard() {
+    if (taken_) trace_.unlockTrace();
+  }
+  Guard(const Guard&) = delete;
+  Guard& operator=(const Guard&) = delete;
+
+  bool taken() const { return taken_; }
+
+private:
+  Trace& trace_;
+  bool taken_;
+};
+
+Trace::Trace()
+    : lock_(new NYXThreadSyncImpl),
+      methodStacks_(new std::map<unsigned long, std::unique_ptr<MethodStack>>),
+      stream_(&std::cout) {}
+
+Trace::~Trace() {
+  delete methodStacks_;
+  delete lock_;
+}
+
+Trace::Trace(const Trace&) : Trace() {
+  const NYXException failure("Trace copy constructor should never be called!");
+  FFDC::capture(rd, "Trace", FFDC::PROBE_001(), &failure);
+}
+
+// NOLINTNEXTLINE(bugprone-unhandled-self-assignment,cert-oop54-cpp): nothing is ever assigned
+Trace& Trace::operator=(const Trace&) {
+  const NYXException failure("Trace assignment operator should never be called!");
+  FFDC::capture(rd, "operator=", FFDC::PROBE_002(), &failure);
+  return *this;
+}
+
+Trace& Trace::getInstance() {
+  static Trace& instance = *new Trace;
+  return instance;
+}
+
+void Trace::entry(const RasDescriptor& descriptor, const char* methodName) {
+  getInstance().traceMethodEntry(descriptor, nullptr, methodName, 0);
+}
+
+void Trace::exit(const RasDescriptor& descriptor, const char* methodName) {
+  exit(descriptor, nullptr, methodName);
+}
+
+void Trace::exit(const RasDescriptor& descriptor, const void* object, const char* methodName) {
+  getInstance().traceMethodExit(descriptor, object, methodName, nullptr, std::string());
+}
+
+void Trace::exit(const RasDescriptor& descriptor, const void* object, const char* methodName,
+                 const std::string& returnValue, const std::string& returnType) {
+  getInstance().traceMethodExit(descriptor, object, methodName, &returnValue, returnType);
+}
+
+void Trace::data(const RasDescriptor& descriptor, const TraceLevel& level, const char* methodName) {
+  getInstance().traceMethodData(descriptor, level, nullptr, methodName, 0);
+}
+
+void Trace::throwing(const RasDescriptor& descriptor, const char* methodName, const NYXException* thrown) {
+  throwing(descriptor, nullptr, methodName, thrown);
+}
+
+void Trace::throwing(const RasDescriptor& descriptor, const void* object, const char* methodName,
+                     const NYXException* thrown) {
+  getInstance().traceMethodThrowing(descriptor, object, methodName, thrown);
+}
+
+bool Trace::lockTrace() {
+  if (internal::NoBlockingTrace::active()) {
+    if (!lock_->tryLock()) return false;
+  } else {
+    lock_->lock();
+  }
+  if (inTrace_) {
+    lock_->unlock();
+    return false;
+  }
+  inTrace_ = true;
+  return true;
+}
+
+void Trace::unlockTrace() {
+  inTrace_ = false;
+  lock_->unlock();
+}
+
+void Trace::dropMethodStack() {
+  deferredExits = 0;
+  const Guard guard(*this);
+  if (guard.taken()) removeMethodStack(NYXThread::getCurrentThreadId());
+}
+
+void Trace::deferExit() { ++deferredExits; }
+
+void Trace::popDeferredExits(unsigned long threadId) {
+  if (deferredExits == 0) return;
+  MethodStack* stack = getMethodStack(threadId);
+  for (; deferredExits > 0; --deferredExits) {
+    if (!stack->empty()) stack->pop();
+  }
+}
+
+Trace::MethodStack* Trace::getMethodStack(unsigned long threadId) {
+  if (!methodStacks_) return nullptr;
+  std::unique_ptr<MethodStack>& stack = (*methodStacks_)[threadId];
+  if (!stack) stack = std::make_unique<MethodStack>();
+  return stack.get();
+}
+
+void Trace::removeMethodStack(unsigned long threadId) { methodStacks_->erase(threadId); }
+
+std::string Trace::generateIndent(unsigned long long depth) {
+  constexpr unsigned long long kMark = 5;
+  std::string indent;
+  for (unsigned long long i = 1; i < depth; ++i) indent += i % kMark == 0 ? '+' : '-';
+  return indent + ' ';
+}
+
+std::string Trace::generateMethodEntryIndent(unsigned long threadId, const char* methodName) {
+  std::string text;
+  MethodStack* stack = getMethodStack(threadId);
+  if (stack && methodName) {
+    stack->push(methodName);
+    text = generateIndent(stack->size());
+  }
+  return text + " { ";
+}
+
+std::string Trace::generateMethodDataIndent(unsigned long threadId) {
+  const MethodStack* stack = getMethodStack(threadId);
+  return (stack ? generateIndent(stack->size() + 1) : std::string()) + " d ";
+}
+
+std::string Trace::generateMethodThrowingIndent(unsigned long threadId) {
+  const MethodStack* stack = getMethodStack(threadId);
+  return (stack ? generateIndent(stack->size() + 1) : std::string()) + " ! ";
+}
+
+std::string Trace::generateMethodExitIndent(unsigned long threadId, const char* methodName) {
+  MethodStack* stack = getMethodStack(threadId);
+  if (!stack || !methodName) return " } ";
+  std::string text;
+  if (!stack->empty() && stack->top() == methodName) {
+    text = generateIndent(stack->size());
+    stack->pop();
+  } else {
+    text = unbalancedExit(*stack, methodName) + generateIndent(stack->size() + 1);
+  }
+  if (stack->empty()) removeMethodStack(threadId);
+  return text + " } ";
+}
+
+std::string Trace::unbalancedExit(MethodStack& stack, const std::string& methodName) {
+  const MethodStack copy = stack;
+  bool found = false;
+  while (!found && !stack.empty()) {
+    found = stack.top() == methodName;
+    stack.pop();
+  }
+  if (found) return "*** Missing Trace::Exit " + copy.top() + " *** ";
+  stack = copy;
+  return "*** Missing Trace::Entry " + methodName + " *** ";
+}
+
+std::string Trace::getPrefixedClassName(const std::string& className) {
+  if (className.find('.') != std::string::npos) return className;
+  return RAS::getTraceSpecNamePrefix() + "." + className;
+}
+
+// NOLINTNEXTLINE(cert-dcl50-cpp): the worker's signature
+bool Trace::traceMethodEntry(const RasDescriptor& descriptor, const void* object, const char* methodName, int count,
+                             ...) {
+  const Guard guard(*this);
+  if (!guard.taken()) return false;
+  std::va_list list;
+  va_start(list, count);
+  Arguments arguments = argumentsOf(count, list);
+  va_end(list);
+  const unsigned long threadId = NYXThread::getCurrentThreadId();
+  popDeferredExits(threadId);
+  TraceEntryLogRecord record(LogLevel::FINE, generateMethodEntryIndent(threadId, methodName));
+  record.setArguments(arguments.count, arguments.texts.data());
+  publish(descriptor, object, methodName, record);
+  return true;
+}
+
+bool Trace::traceMethodExit(const RasDescriptor& descriptor, const void* object, const char* methodName,
+                            const std::string* returnValue, const std::string& returnType) {
+  const Guard guard(*this);
+  if (!guard.taken()) return false;
+  const unsigned long threadId = NYXThread::getCurrentThreadId();
+  popDeferredExits(threadId);
+  TraceExitLogRecord record(LogLevel::FINE, generateMethodExitIndent(threadId, methodName));
+  std::string value = returnValue ? *returnValue : std::string();
+  record.setArguments(returnValue ? 1 : 0, &value);
+  record.setMethodReturnType(returnType);
+  publish(descriptor, object, methodName, record);
+  return true;
+}
+
+// NOLINTNEXTLINE(cert-dcl50-cpp): the worker's signature
+bool Trace::traceMethodData(const RasDescriptor& descriptor, const TraceLevel& level, const void* object,
+                            const char* methodName, int count, ...) {
+  const Guard guard(*this);
+  if (!guard.taken()) return false;
+  std::va_list list;
+  va_start(list, count);
+  Arguments arguments = argumentsOf(count, list);
+  va_end(list);
+  const unsigned long threadId = NYXThread::getCurrentThreadId();
+  popDeferredExits(threadId);
+  TraceDataLogRecord record(logLevelOf(level), generateMethodDataIndent(threadId));
+  record.setArguments(arguments.count, arguments.texts.data());
+  publish(descriptor, object, methodName, record);
+  return true;
+}
+
+bool Trace::traceMethodThrowing(const RasDescriptor& descriptor, const void* object, const char* methodName,
+                                const NYXException* thrown) {
+  const Guard guard(*this);
+  if (!guard.taken()) return false;
+  const unsigned long threadId = NYXThread::getCurrentThreadId();
+  popDeferredExits(threadId);
+  TraceThrowingLogRecord record(LogLevel::FINE, generateMethodThrowingIndent(threadId));
+  record.setThrown(thrown);
+  publish(descriptor, object, methodName, record);
+  return true;
+}
+
+void Trace::publish(const RasDescriptor& descriptor, const void* object, const char* methodName, LogRecord& record) {
+  record.setSourceMethodName(methodName ? methodName : "null");
+  record.setSourceClassName(getPrefixedClassName(descriptor.className_));
+  record.setObjectReference(object);
+  record.setThreadId(NYXThread::getCurrentThreadId());
+  if (Logger* logger = descriptor.logger_) {
+    logger->log(record);
+    return;
+  }
+  std::ostringstream line;
+  line << "DEBUG: " << record << '\n';
+  *stream_ << line.str() << std::flush;
+}
+
+}  // namespace tessel

@@ -1,0 +1,45 @@
+# The portable classes on the host, with stand-ins for the platform classes: host/*Test.cpp are tests, the other
+# sources of that folder are stand-ins.
+file(GLOB host_sources CONFIGURE_DEPENDS host/*.cpp)
+set(host_tests ${host_sources})
+list(FILTER host_tests INCLUDE REGEX "Test\\.cpp$")
+set(stand_ins ${host_sources})
+list(FILTER stand_ins EXCLUDE REGEX "Test\\.cpp$")
+
+# Objects, not an archive: as in the DLL, a source nobody refers to still registers its descriptor.
+add_library(tessel_host OBJECT ${TESSEL_PORTABLE_SOURCES} ${stand_ins})
+target_compile_definitions(tessel_host PUBLIC TESSEL_BUILD TESSEL_SOURCE_DIR="${PROJECT_SOURCE_DIR}")
+target_include_directories(tessel_host PUBLIC ${PROJECT_SOURCE_DIR}/include ${PROJECT_SOURCE_DIR}/src
+                                              ${PROJECT_BINARY_DIR}/generated ${CMAKE_CURRENT_SOURCE_DIR})
+find_package(Threads REQUIRED)
+target_link_libraries(tessel_host PUBLIC Threads::Threads)
+tessel_warnings(tessel_host)
+
+# PORTABLE_TESTS: the sources of unit/ that need no Windows.
+include(host/portable.cmake OPTIONAL)
+list(TRANSFORM PORTABLE_TESTS PREPEND unit/)
+if(TESSEL_FUZZ)
+  # libFuzzer brings its own main; the tests run in the other host presets.
+  set(host_tests "")
+  set(PORTABLE_TESTS "")
+endif()
+if(host_tests OR PORTABLE_TESTS)
+  add_executable(host_tests ${host_tests} ${PORTABLE_TESTS})
+  target_link_libraries(host_tests PRIVATE tessel_host GTest::gtest GTest::gmock_main)
+  tessel_warnings(host_tests)
+  add_test(NAME host_tests COMMAND host_tests)
+endif()
+
+file(GLOB fuzz_sources CONFIGURE_DEPENDS fuzz/fuzz_*.cpp)
+foreach(source IN LISTS fuzz_sources)
+  get_filename_component(target ${source} NAME_WE)
+  if(TESSEL_FUZZ)
+    add_executable(${target} ${source})
+    target_link_options(${target} PRIVATE -fsanitize=fuzzer)
+  else()
+    string(REGEX REPLACE "^fuzz_" "replay_" target ${target})
+    add_executable(${target} ${source} fuzz/ReplayMain.cpp)
+  endif()
+  target_link_libraries(${target} PRIVATE tessel_host)
+  tessel_warnings(${target})
+endforeach()

@@ -1,0 +1,38 @@
+# Test programs that run against the DLL as it is shipped.
+# A Wine program sees the host's root as drive Z.
+set(drive "")
+if(CMAKE_CROSSCOMPILING)
+  set(drive "Z:")
+endif()
+
+file(GLOB support CONFIGURE_DEPENDS support/*.cpp)
+add_library(test_support STATIC ${support})
+target_include_directories(test_support PUBLIC ${CMAKE_CURRENT_SOURCE_DIR})
+target_compile_definitions(test_support PUBLIC TESSEL_SOURCE_DIR="${drive}${PROJECT_SOURCE_DIR}")
+target_link_libraries(test_support PUBLIC tesselnative GTest::gtest GTest::gmock)
+tessel_warnings(test_support)
+tessel_hardening(test_support)
+
+# tessel_test_program(<target> <folder>): a program of every source in the folder; none when there is no source.
+function(tessel_test_program target folder)
+  file(GLOB sources CONFIGURE_DEPENDS ${folder}/*.cpp)
+  if(NOT sources)
+    return()
+  endif()
+  add_executable(${target} ${sources})
+  target_link_libraries(${target} PRIVATE test_support)
+  add_dependencies(${target} product)
+  tessel_warnings(${target})
+  tessel_hardening(${target})
+  add_test(NAME ${target} COMMAND ${target})
+  set_tests_properties(
+    ${target}
+    PROPERTIES ENVIRONMENT
+               "KTB_PROD=${drive}${TESSEL_PRODUCT_DIR};WINEDEBUG=-all;WINEDLLOVERRIDES=winedbg.exe=d,mscoree=d,mshtml=d"
+               PASS_REGULAR_EXPRESSION "[[]  PASSED  []] [1-9][0-9]* tests?[.]"
+               FAIL_REGULAR_EXPRESSION "[[]  FAILED  []]")
+endfunction()
+
+tessel_test_program(unit_tests unit)
+tessel_test_program(system_tests system)
+tessel_test_program(fault_tests faults)
