@@ -58,12 +58,14 @@ private:
 
   long listen();
   long serveInstances(void* securityAttributes);
+  std::unique_ptr<Instance> createInstance(void* securityAttributes, bool first, long& error);
+  void serveClient(Instance& instance, unsigned& failures);
   bool accept(const Instance& instance, unsigned long& error) const;
-  void reject(std::unique_ptr<Instance> instance, const std::string& message);
+  void reject(Instance instance, const std::string& message);
   bool isFull() const;
   bool makeRoom();
   void reapFinishedWorkers();
-  void startWorker(std::unique_ptr<Instance> instance);
+  void startWorker(Instance instance);
   void stopWorkers();
   void pauseAfterFailures(unsigned failures);
 

@@ -78,7 +78,7 @@ bool relativeName(const std::string& name, const std::string& prefix, std::strin
 
 struct RAS::State {
   NYXThreadSyncImpl lock;
-  RASEnvironment environment;                    // guarded by lock
+  std::atomic<RASEnvironment::RASEnvironmentValue> environment{RASEnvironment::UNSPECIFIED};
   std::string traceSpecNamePrefix;               // set before trace is available
   std::map<std::string, Logger*> traceLoggers;   // guarded by lock
   std::string logPath;                           // set before trace is available
@@ -185,9 +185,7 @@ bool RAS::isDebugOn(const TraceLevel& level) {
 bool RAS::isTraceAvailable() { return traceAvailable.load(std::memory_order_relaxed); }
 
 RASEnvironment RAS::getEnvironment() {
-  State& state = *getInstance().state_;
-  const internal::DiagnosticsLock guard(state.lock);
-  return state.environment;
+  return getInstance().state_->environment.load();
 }
 
 const std::string& RAS::getLogPath() { return getInstance().state_->logPath; }

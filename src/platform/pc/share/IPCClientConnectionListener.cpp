@@ -47,21 +47,19 @@ struct IPCClientConnectionListener::Instance {
   }
 };
 
-// A connected client. Declared in the order in which the parts need each other.
+// A connected client.
 struct IPCClientConnectionListener::Worker {
-  std::unique_ptr<Instance> instance;
+  Instance instance;
   IPCClientRunnable runnable;
   NYXThreadImpl thread;
 
-  Worker(const std::string& serviceName, std::unique_ptr<Instance> connected, IPCListener& listener)
-      : instance(std::move(connected)),
-        runnable(serviceName, instance->handle.get(), listener),
-        thread(&runnable) {}
+  Worker(const std::string& serviceName, HANDLE pipe, IPCListener& listener)
+      : runnable(serviceName, pipe, listener), thread(&runnable) {}
 
   // Only after the thread has ended: a pipe must not be touched while a thread is blocked in its read.
   void closePipe() {
-    instance->disconnect();
-    instance->handle.reset();
+    instance.disconnect();
+    instance.handle.reset();
   }
 
   // A thread that cannot be asked counts as alive.
@@ -156,57 +154,63 @@ long IPCClientConnectionListener::listen() {
 
 long IPCClientConnectionListener::serveInstances(void* securityAttributes) {
   const MethodTrace trace(rd, this, "serveInstances");
-  long result = NO_ERROR;
+  long error = NO_ERROR;
   unsigned failures = 0;
-  for (bool first = true; result == NO_ERROR && !isShutdownRequested(); first = false) {
-    auto instance = std::make_unique<Instance>();
-    instance->handle.reset();
-    const HANDLE pipe =
-        CreateNamedPipeA(internal::pipePath(serviceName_).c_str(),
-                         PIPE_ACCESS_DUPLEX | (first ? FILE_FLAG_FIRST_PIPE_INSTANCE : 0),
-                         PIPE_TYPE_MESSAGE | PIPE_READMODE_MESSAGE | PIPE_WAIT, PIPE_UNLIMITED_INSTANCES, kMaxMessage,
-                         kMaxMessage, 0, static_cast<SECURITY_ATTRIBUTES*>(securityAttributes));
-    if (pipe == INVALID_HANDLE_VALUE) {
-      const LastError error;
-      result = static_cast<long>(error.number());
-      const std::string message = NLS::format(rd, "KTBNV0087_CREATE_NAMED_PIPE_FAILED", serviceName_, error.text());
-      trace.data(TraceLevel::MODERATE, message);
-      if (first) {
-        errorMessage_ = message;
-        return result;
-      }
-      EventLog::errorNoFormat(rd, message);
-    }
-    instance->handle.reset(pipe == INVALID_HANDLE_VALUE ? nullptr : pipe);
+  for (bool first = true; error == NO_ERROR && !isShutdownRequested(); first = false) {
+    std::unique_ptr<Instance> instance = createInstance(securityAttributes, first, error);
+    if (first && error != NO_ERROR) break;
     dropped_.reset();
     setRunning(true);
     // Asked again: a stop that came before the line above found nothing to wake.
-    if (isShutdownRequested()) {
-      lastInstance_ = std::move(instance);
-      break;
-    }
-    trace.data(TraceLevel::MODERATE, "Waiting for a client to connect");
-    unsigned long acceptError = NO_ERROR;
-    const bool accepted = accept(*instance, acceptError);
-    if (isShutdownRequested()) {
-      lastInstance_ = std::move(instance);
-      break;
-    }
-    failures = accepted ? 0 : failures + 1;
-    if (!accepted) {
-      reapFinishedWorkers();
-      reject(std::move(instance), NLS::format(rd, "KTBNV0089_CONNECT_NAMED_PIPE_FAILED", serviceName_,
-                                              LastError(acceptError).text()));
-      pauseAfterFailures(failures);
-    } else if (!makeRoom()) {
-      reject(std::move(instance), NLS::format(rd, "KTBNV0090_MAX_CONNECTIONS_EXCEEDED", serviceName_,
-                                              std::to_string(maxConnections_)));
-    } else {
-      trace.data(TraceLevel::MODERATE, "Client connected, creating a processing thread.");
-      startWorker(std::move(instance));
-    }
+    if (!isShutdownRequested()) serveClient(*instance, failures);
+    if (isShutdownRequested() && instance->handle) lastInstance_ = std::move(instance);
   }
-  return result;
+  return error;
+}
+
+// The first failure is the caller's of connect, a later one the operator's.
+std::unique_ptr<IPCClientConnectionListener::Instance> IPCClientConnectionListener::createInstance(
+    void* securityAttributes, bool first, long& error) {
+  const MethodTrace trace(rd, this, "createInstance", first);
+  auto instance = std::make_unique<Instance>();
+  instance->handle = internal::UniqueHandle(
+      CreateNamedPipeA(internal::pipePath(serviceName_).c_str(),
+                       PIPE_ACCESS_DUPLEX | (first ? FILE_FLAG_FIRST_PIPE_INSTANCE : 0),
+                       PIPE_TYPE_MESSAGE | PIPE_READMODE_MESSAGE | PIPE_WAIT, PIPE_UNLIMITED_INSTANCES, kMaxMessage,
+                       kMaxMessage, 0, static_cast<SECURITY_ATTRIBUTES*>(securityAttributes)));
+  if (instance->handle) return instance;
+  const LastError failure;
+  error = static_cast<long>(failure.number());
+  const std::string message = NLS::format(rd, "KTBNV0087_CREATE_NAMED_PIPE_FAILED", serviceName_, failure.text());
+  trace.data(TraceLevel::MODERATE, message);
+  if (first) {
+    errorMessage_ = message;
+  } else {
+    EventLog::errorNoFormat(rd, message);
+  }
+  return instance;
+}
+
+// Takes the handle out of the instance unless a stop came while it was waited for.
+void IPCClientConnectionListener::serveClient(Instance& instance, unsigned& failures) {
+  const MethodTrace trace(rd, this, "serveClient");
+  trace.data(TraceLevel::MODERATE, "Waiting for a client to connect");
+  unsigned long error = NO_ERROR;
+  const bool accepted = accept(instance, error);
+  if (isShutdownRequested()) return;
+  failures = accepted ? 0 : failures + 1;
+  if (!accepted) {
+    reapFinishedWorkers();
+    reject(std::move(instance),
+           NLS::format(rd, "KTBNV0089_CONNECT_NAMED_PIPE_FAILED", serviceName_, LastError(error).text()));
+    pauseAfterFailures(failures);
+  } else if (!makeRoom()) {
+    reject(std::move(instance),
+           NLS::format(rd, "KTBNV0090_MAX_CONNECTIONS_EXCEEDED", serviceName_, std::to_string(maxConnections_)));
+  } else {
+    trace.data(TraceLevel::MODERATE, "Client connected, creating a processing thread.");
+    startWorker(std::move(instance));
+  }
 }
 
 bool IPCClientConnectionListener::accept(const Instance& instance, unsigned long& error) const {
@@ -216,10 +220,10 @@ bool IPCClientConnectionListener::accept(const Instance& instance, unsigned long
 }
 
 // The instance is closed only when the next one exists, so that the pipe's name is never free.
-void IPCClientConnectionListener::reject(std::unique_ptr<Instance> instance, const std::string& message) {
+void IPCClientConnectionListener::reject(Instance instance, const std::string& message) {
   EventLog::errorNoFormat(rd, message);
-  instance->disconnect();
-  dropped_ = std::move(instance);
+  instance.disconnect();
+  dropped_ = std::make_unique<Instance>(std::move(instance));
 }
 
 bool IPCClientConnectionListener::isFull() const {
@@ -245,14 +249,15 @@ void IPCClientConnectionListener::reapFinishedWorkers() {
   });
 }
 
-void IPCClientConnectionListener::startWorker(std::unique_ptr<Instance> instance) {
+void IPCClientConnectionListener::startWorker(Instance instance) {
   std::unique_ptr<Worker> worker;
   try {
-    worker = std::make_unique<Worker>(serviceName_, std::move(instance), *listener_);
+    worker = std::make_unique<Worker>(serviceName_, instance.handle.get(), *listener_);
+    worker->instance = std::move(instance);
     worker->thread.start();
     clientThreads_.push_back(std::move(worker));
   } catch (const NYXException& exception) {
-    reject(worker ? std::move(worker->instance) : std::make_unique<Instance>(),
+    reject(std::move(worker ? worker->instance : instance),
            NLS::format(rd, "KTBNV0088_THREAD_START_FAILED", serviceName_, exception.getMessage()));
   }
 }
