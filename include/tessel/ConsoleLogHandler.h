@@ -11,14 +11,14 @@ class RasDescriptor;
 /// Writes message texts from CONFIG up to standard output, from WARNING up to standard error. Only the text: no
 /// time, thread or class. Lines of different threads do not mix.
 class TESSEL_API ConsoleLogHandler : public LogHandler {
-public:
+ public:
   /// @throws NYXException KTBNV0008.
   ConsoleLogHandler();
   ~ConsoleLogHandler() override;
 
   void publish(LogRecord& record) override;
 
-private:
+ private:
   static const RasDescriptor rd;
 
   NYXThreadSync* sync_;

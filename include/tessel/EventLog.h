@@ -15,7 +15,7 @@ class RasDescriptor;
 /// Events go to the handlers of the class's logger; without any handler those from WARNING up go to standard error.
 /// A descriptor without a logger writes "DEBUG: " and the event to standard output. Any thread; nothing is thrown.
 class TESSEL_API EventLog {
-public:
+ public:
   static void configNoFormat(const RasDescriptor& descriptor, const std::string& message);
   static void infoNoFormat(const RasDescriptor& descriptor, const std::string& message);
   static void warningNoFormat(const RasDescriptor& descriptor, const std::string& message);
@@ -27,7 +27,7 @@ public:
   EventLog& operator=(const EventLog& other);
   virtual ~EventLog();
 
-private:
+ private:
   EventLog();
 
   static void logNoFormat(const RasDescriptor& descriptor, const LogLevel& level, const std::string& message);

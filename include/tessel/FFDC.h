@@ -17,7 +17,7 @@ class RasDescriptor;
 /// one after the other; one that is raised while the same thread takes another goes to standard error. Any thread;
 /// nothing is thrown.
 class TESSEL_API FFDC {
-public:
+ public:
   /// @param probeId one of the PROBE operations, distinct for each place that captures.
   /// @param exception the cause, not owned, or null.
   static void capture(const std::string& className, const std::string& methodName, const std::string& probeId,
@@ -85,7 +85,7 @@ public:
   static std::string PROBE_049();
   /// @}
 
-private:
+ private:
   friend class NLS;
   friend class NYXThreadSyncImpl;
   friend struct FFDCTest;

@@ -7,7 +7,7 @@ namespace tessel {
 
 /// A file gives access beyond what is allowed, or its access list cannot be read.
 class TESSEL_API FilePermissionsException : public NYXException {
-public:
+ public:
   /// @param message the complete, already translated text; copied. There is no cause.
   explicit FilePermissionsException(const std::string& message);
   FilePermissionsException(const FilePermissionsException& other);

@@ -9,7 +9,7 @@ namespace tessel {
 
 /// One end of a local request/reply channel, the named pipe `\\.\pipe\` + service name.
 class TESSEL_API IPC {
-public:
+ public:
   IPC(const IPC& other) = delete;
   IPC& operator=(const IPC& other) = delete;
   virtual ~IPC();
@@ -17,12 +17,12 @@ public:
   virtual void connect() = 0;
   virtual void disconnect() = 0;
 
-protected:
+ protected:
   explicit IPC(const std::string& serviceName);
 
   std::string getServiceName() const;
 
-private:
+ private:
   std::string serviceName_;
 };
 

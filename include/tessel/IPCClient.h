@@ -12,7 +12,7 @@ namespace tessel {
 
 /// Sends requests to a pipe server and waits for the replies. One object serves one caller at a time.
 class TESSEL_API IPCClient : public IPC {
-public:
+ public:
   /// @param properties kept; no property is read from them.
   /// @return a client that is not connected, owned by the caller, who disconnects it before deleting it.
   static IPCClient* newInstance(const std::string& serviceName, const NativeProperties& properties);
@@ -39,10 +39,10 @@ public:
   ///         the reply cannot be read, and what the parsing constructor of IPCMessage throws.
   virtual IPCMessage sendMessage(const IPCMessage& message, long timeoutMillis) = 0;
 
-protected:
+ protected:
   IPCClient(const std::string& serviceName, const NativeProperties& properties);
 
-private:
+ private:
   friend TESSEL_API std::ostream& operator<<(std::ostream& stream, const IPCClient& client);
 
   NativeProperties properties_;

@@ -17,7 +17,7 @@ class RasDescriptor;
 
 /// Accepts the clients of a server, one after the other, and gives each a worker thread.
 class TESSEL_API IPCClientConnectionListener : public NYXRunnable {
-public:
+ public:
   /// @param listener not owned. @param adminGroupName traced only. @throws NYXException KTBNV0008.
   IPCClientConnectionListener(const std::string& name, IPCListener& listener, int maxConnections,
                               const std::string& adminGroupName);
@@ -46,7 +46,7 @@ public:
   /// @return whether run() has left its loop, successfully or not.
   bool hasEnded() const;
 
-private:
+ private:
   struct Worker;
   struct Instance;
 
@@ -79,9 +79,9 @@ private:
   bool ended_ = false;                                // guarded by sync_
   bool shutdownRequested_ = false;                    // guarded by sync_
   std::unique_ptr<NYXThreadSync> sync_;
-  std::string errorMessage_;                 // written before ended_ is set, read afterwards
-  std::unique_ptr<Instance> lastInstance_;   // of the last accept; closed with this object
-  std::unique_ptr<Instance> dropped_;        // closed once the next instance exists
+  std::string errorMessage_;                // written before ended_ is set, read afterwards
+  std::unique_ptr<Instance> lastInstance_;  // of the last accept; closed with this object
+  std::unique_ptr<Instance> dropped_;       // closed once the next instance exists
 };
 
 }  // namespace tessel

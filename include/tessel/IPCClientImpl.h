@@ -16,7 +16,7 @@ class RasDescriptor;
 /// Looks a bounded number of times whether the reply is there before it begins to read: a server that answers at
 /// once is then not made to wait for a polling interval, and a slow one costs no processor time.
 class TESSEL_API IPCClientImpl : public IPCClient {
-public:
+ public:
   IPCClientImpl(const std::string& serviceName, const NativeProperties& properties);
   /// Does not close the pipe: callers disconnect first.
   ~IPCClientImpl() override;
@@ -28,7 +28,7 @@ public:
   /// @param milliseconds how long connect() waits for a busy pipe; 20000 unless set.
   void setBusyWait(unsigned long milliseconds);
 
-private:
+ private:
   struct Reply;
 
   void* open(const std::string& path);

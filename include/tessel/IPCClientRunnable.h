@@ -16,7 +16,7 @@ class RasDescriptor;
 ///
 /// Never closes its pipe: whoever made it disconnects and closes the pipe after the thread has ended.
 class TESSEL_API IPCClientRunnable : public NYXRunnable {
-public:
+ public:
   /// What the worker does now, as seen from another thread.
   enum class Activity { reading, processing, writing, leaving };
 
@@ -44,7 +44,7 @@ public:
   /// @return whether the calling thread is a worker of that service.
   static bool isServing(const std::string& serviceName);
 
-private:
+ private:
   struct Buffer;
 
   bool isShutdownRequested() const;

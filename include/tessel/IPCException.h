@@ -7,7 +7,7 @@ namespace tessel {
 
 /// The pipe channel failed in a way that no more specific class names.
 class TESSEL_API IPCException : public NYXException {
-public:
+ public:
   /// @param message the complete, already translated text; copied. There is no cause.
   explicit IPCException(const std::string& message);
   IPCException(const IPCException& other);

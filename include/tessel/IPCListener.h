@@ -8,7 +8,7 @@ namespace tessel {
 
 /// Answers the requests of an IPCServer.
 class TESSEL_API IPCListener {
-public:
+ public:
   IPCListener();
   IPCListener(const IPCListener& other);
   IPCListener& operator=(const IPCListener& other);

@@ -22,7 +22,7 @@ class RasDescriptor;
 ///
 /// On the wire, all integers big-endian: the bytes "NYXI", the header length 8, id, status, text length, text.
 class TESSEL_API IPCMessage {
-public:
+ public:
   static constexpr std::int32_t STATUS_SUCCESS = 0;
   static constexpr std::int32_t STATUS_EXCEPTION = 1;
   static constexpr std::int32_t STATUS_TIMEOUT = 2;
@@ -69,7 +69,7 @@ public:
   /// @return `buffer`.
   unsigned char* getMessageBytes(unsigned char* buffer, int* length) const;
 
-private:
+ private:
   void initialize(long id, long status, const std::string& text);
 
   static const RasDescriptor rd;

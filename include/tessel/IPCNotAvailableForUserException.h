@@ -7,7 +7,7 @@ namespace tessel {
 
 /// The pipe exists but the current user may not open it.
 class TESSEL_API IPCNotAvailableForUserException : public IPCException {
-public:
+ public:
   /// @param message the complete, already translated text; copied. There is no cause.
   explicit IPCNotAvailableForUserException(const std::string& message);
   IPCNotAvailableForUserException(const IPCNotAvailableForUserException& other);

@@ -7,7 +7,7 @@ namespace tessel {
 
 /// No server listens under the service name.
 class TESSEL_API IPCNotFoundException : public IPCException {
-public:
+ public:
   /// @param message the complete, already translated text; copied. There is no cause.
   explicit IPCNotFoundException(const std::string& message);
   IPCNotFoundException(const IPCNotFoundException& other);

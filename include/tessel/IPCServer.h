@@ -13,7 +13,7 @@ class IPCListener;
 ///
 /// Only the local Administrators and the user that runs the server may open the pipe.
 class TESSEL_API IPCServer : public IPC {
-public:
+ public:
   /// @param listener not owned; must outlive the server.
   /// @param maxConnections clients served at once; negative for no limit. One more is accepted and dropped at once.
   /// @param adminGroupName carried and traced, without effect on the pipe's access list.
@@ -41,13 +41,13 @@ public:
 
   IPCListener& getListener();
 
-protected:
+ protected:
   IPCServer(const std::string& name, IPCListener& listener, int maxConnections, const std::string& adminGroupName);
 
   int getMaxConnections();
   std::string getAdminGroupName() const;
 
-private:
+ private:
   IPCListener& listener_;
   int maxConnections_;
   std::string adminGroupName_;

@@ -15,7 +15,7 @@ class RasDescriptor;
 
 /// The server over a Windows named pipe: a listener thread and one worker thread for each client.
 class TESSEL_API IPCServerImpl : public IPCServer {
-public:
+ public:
   IPCServerImpl(const std::string& name, IPCListener& listener, int maxConnections, const std::string& adminGroupName);
   /// Disconnects when connected.
   ~IPCServerImpl() override;
@@ -23,7 +23,7 @@ public:
   void connect() override;
   void disconnect() override;
 
-private:
+ private:
   friend TESSEL_API std::ostream& operator<<(std::ostream& stream, const IPCServerImpl& server);
 
   void startListening();

@@ -7,7 +7,7 @@ namespace tessel {
 
 /// A pipe operation did not complete within its time-out.
 class TESSEL_API IPCTimeoutException : public IPCException {
-public:
+ public:
   /// @param message the complete, already translated text; copied. There is no cause.
   explicit IPCTimeoutException(const std::string& message);
   IPCTimeoutException(const IPCTimeoutException& other);

@@ -18,7 +18,7 @@ class LogRecord;
 /// while it holds a lock of its own. An exception that leaves publish() is discarded: the other handlers still get
 /// the record. Belongs to whoever made it; loggers only borrow it.
 class TESSEL_API LogHandler {
-public:
+ public:
   /// @param level the least severe level that the handler writes.
   explicit LogHandler(const LogLevel& level);
   LogHandler(const LogHandler& other) = delete;
@@ -30,7 +30,7 @@ public:
 
   const LogLevel& getLogLevel() const;
 
-private:
+ private:
   friend class Logger;
 
   LogLevel level_;

@@ -10,7 +10,7 @@ namespace tessel {
 
 /// The severity of a record; a higher value is more severe.
 class TESSEL_API LogLevel {
-public:
+ public:
   enum LogLevelValue : int {
     ALL = 0,
     FINEST = 10,
@@ -43,7 +43,7 @@ public:
   /// @return the raw value.
   int getValue() const;
 
-private:
+ private:
   int value_;
 };
 

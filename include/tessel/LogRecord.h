@@ -18,7 +18,7 @@ class NYXException;
 ///
 /// Belongs to the thread that made it; handlers get it by reference and never keep it.
 class TESSEL_API LogRecord {
-public:
+ public:
   /// Takes the current time and the number of records already made in this second.
   LogRecord(const LogLevel& level, const LogRecordType& type, const std::string& message);
   LogRecord(const LogRecord& other);
@@ -64,8 +64,9 @@ public:
   /// @return the two heading lines of a trace file, without the last line end.
   static std::string getLogRecordOutputHeader();
 
-private:
+ private:
   friend TESSEL_API std::ostream& operator<<(std::ostream& stream, const LogRecord& record);
+  friend struct LogRecordTest;
 
   // Not supported: captured as a failure, changes nothing.
   LogRecord& operator=(const LogRecord& other);

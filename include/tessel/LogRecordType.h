@@ -10,7 +10,7 @@ namespace tessel {
 
 /// What a record reports.
 class TESSEL_API LogRecordType {
-public:
+ public:
   enum LogRecordTypeValue : int { ENTRY = 1, EXIT = 2, DATA = 3, THROWING = 4, EVENT = 5 };
 
   /// ENTRY.
@@ -32,7 +32,7 @@ public:
   /// @return the raw value.
   int getValue() const;
 
-private:
+ private:
   int value_;
 };
 

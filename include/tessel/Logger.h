@@ -21,7 +21,7 @@ class LogRecord;
 /// Names are dotted; the root has the empty name. A record logged here goes to the handlers of this logger and of
 /// every ancestor. Loggers live for the process. Every operation may be called from any thread while others log.
 class TESSEL_API Logger {
-public:
+ public:
   /// @return the logger of that name, made and linked when it does not exist yet; never null.
   static Logger* getLogger(const std::string& name);
 
@@ -50,10 +50,10 @@ public:
   /// error. Never throws.
   void log(LogRecord& record);
 
-protected:
+ protected:
   explicit Logger(const std::string& name);
 
-private:
+ private:
   friend TESSEL_API std::ostream& operator<<(std::ostream& stream, const Logger& logger);
 
   using Handlers = std::vector<LogHandler*>;

@@ -16,7 +16,7 @@ class RasDescriptor;
 /// Never fails: an unknown key yields the key and the inserts, and when placeholders and inserts do not match, the
 /// text is filled as far as possible and a failure capture names the calling class and the key. Any thread.
 class TESSEL_API NLS {
-public:
+ public:
   /// Without inserts, on behalf of the class "Unknown".
   static std::string format(const std::string& bundle, const std::string& key);
 
@@ -34,7 +34,7 @@ public:
   NLS& operator=(const NLS& other);
   virtual ~NLS();
 
-private:
+ private:
   friend struct NLSTest;
 
   NLS();
@@ -42,8 +42,8 @@ private:
   static const NLS& getInstance();
 
   // `count` pointers to std::string follow; null stands for a missing insert.
-  std::string internalFormat(const std::string& className, const std::string& bundle, const std::string& key,
-                             int count, ...) const;
+  std::string internalFormat(const std::string& className, const std::string& bundle, const std::string& key, int count,
+                             ...) const;
 };
 
 }  // namespace tessel

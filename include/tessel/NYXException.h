@@ -16,7 +16,7 @@ namespace tessel {
 ///
 /// An object may be read from several threads; it must not be changed while it is read.
 class TESSEL_API NYXException {
-public:
+ public:
   /// @param message the complete, already translated text; copied.
   explicit NYXException(const std::string& message);
 
@@ -48,7 +48,7 @@ public:
   /// caused-by phrase, a blank and the cause's own text. One line.
   virtual std::string toString() const;
 
-private:
+ private:
   std::string message_;
   NYXException* cause_;
 };

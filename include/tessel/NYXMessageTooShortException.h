@@ -7,7 +7,7 @@ namespace tessel {
 
 /// A received pipe message is shorter than its header or than its declared length.
 class TESSEL_API NYXMessageTooShortException : public NYXException {
-public:
+ public:
   /// @param message the complete, already translated text; copied. There is no cause.
   explicit NYXMessageTooShortException(const std::string& message);
   NYXMessageTooShortException(const NYXMessageTooShortException& other);

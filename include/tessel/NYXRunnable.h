@@ -7,7 +7,7 @@ namespace tessel {
 
 /// A unit of work for an NYXThread.
 class TESSEL_API NYXRunnable {
-public:
+ public:
   NYXRunnable();
   NYXRunnable(const NYXRunnable& other);
   NYXRunnable& operator=(const NYXRunnable& other);

@@ -9,7 +9,7 @@ class NYXRunnable;
 
 /// An operating-system thread that runs one NYXRunnable. Made as an NYXThreadImpl.
 class TESSEL_API NYXThread {
-public:
+ public:
   NYXThread(const NYXThread& other);
   NYXThread& operator=(const NYXThread& other);
   virtual ~NYXThread();
@@ -39,11 +39,11 @@ public:
   /// @return the operating-system id of the calling thread. Ids of ended threads are used again.
   static unsigned long getCurrentThreadId();
 
-protected:
+ protected:
   /// @param runnable not owned; must live as long as the thread runs.
   explicit NYXThread(NYXRunnable* runnable);
 
-private:
+ private:
   NYXRunnable* runnable_;
 };
 

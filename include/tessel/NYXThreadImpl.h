@@ -13,7 +13,7 @@ class RasDescriptor;
 /// getExitCode() of copies keep their meaning. One owner calls the operations; isAlive(), getExitCode() and
 /// cancelBlockedCall() may be called from any thread after start().
 class TESSEL_API NYXThreadImpl : public NYXThread {
-public:
+ public:
   /// @param runnable not owned; must live as long as the thread runs.
   explicit NYXThreadImpl(NYXRunnable* runnable);
   NYXThreadImpl(const NYXThreadImpl& other);
@@ -37,13 +37,13 @@ public:
   /// As NYXThread::getCurrentThreadId().
   static unsigned long getCurrentThreadId();
 
-private:
+ private:
   static unsigned long clientThreadWrapper(void* runnable) noexcept;
   unsigned long waitFor(unsigned long milliseconds, const char* method);
 
   static const RasDescriptor rd;
 
-  void* threadHandle_;
+  void* threadHandle_ = nullptr;
 };
 
 }  // namespace tessel

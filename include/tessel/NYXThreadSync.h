@@ -7,7 +7,7 @@ namespace tessel {
 
 /// A recursive monitor: a lock with wait and notifyAll. Hold it through a Synchronize guard.
 class TESSEL_API NYXThreadSync {
-public:
+ public:
   NYXThreadSync();
   NYXThreadSync(const NYXThreadSync& other);
   NYXThreadSync& operator=(const NYXThreadSync& other);

@@ -13,7 +13,7 @@ class RasDescriptor;
 /// free monitor, since a copied critical section must not be used. Traces only what it throws, so that it can be
 /// used below the trace facility itself.
 class TESSEL_API NYXThreadSyncImpl : public NYXThreadSync {
-public:
+ public:
   /// @throws NYXException KTBNV0008 when the event cannot be created.
   NYXThreadSyncImpl();
   NYXThreadSyncImpl(const NYXThreadSyncImpl& other);
@@ -38,12 +38,12 @@ public:
   /// Takes the monitor if it is free or already the caller's. @return whether it was taken.
   bool tryLock();
 
-private:
+ private:
   struct State;
 
   static const RasDescriptor rd;
 
-  State* state_;
+  State* state_ = nullptr;
 };
 
 }  // namespace tessel

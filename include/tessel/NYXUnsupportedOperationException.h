@@ -7,7 +7,7 @@ namespace tessel {
 
 /// The operation does not exist on this platform.
 class TESSEL_API NYXUnsupportedOperationException : public NYXException {
-public:
+ public:
   /// @param message the complete, already translated text; copied. There is no cause.
   explicit NYXUnsupportedOperationException(const std::string& message);
   NYXUnsupportedOperationException(const NYXUnsupportedOperationException& other);

@@ -12,7 +12,7 @@ class RasDescriptor;
 
 /// Process, environment, path and identity utilities. Static members only; any thread unless said otherwise.
 class TESSEL_API NYXUtils {
-public:
+ public:
   NYXUtils() = delete;
 
   /// @name Users and groups
@@ -84,7 +84,7 @@ public:
   static void newProcessSession();
   /// @}
 
-private:
+ private:
   static void SignalHandler(int signal);
 
   static const RasDescriptor rd;

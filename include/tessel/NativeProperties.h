@@ -18,7 +18,7 @@ class RasDescriptor;
 /// escapes, no continuation lines, bytes are kept as read. Of two entries with the same key in a file the first
 /// wins. Not locked: load before threads share an object.
 class TESSEL_API NativeProperties {
-public:
+ public:
   NativeProperties();
   NativeProperties(const NativeProperties& other);
   NativeProperties& operator=(const NativeProperties& other);
@@ -50,7 +50,7 @@ public:
   /// @return whether the path remembered contains "logger.properties"; the contents do not matter.
   bool isLoggerProperties() const;
 
-private:
+ private:
   friend TESSEL_API std::ostream& operator<<(std::ostream& stream, const NativeProperties& properties);
 
   void loadProperties();

@@ -14,7 +14,7 @@ class RasDescriptor;
 ///
 /// Immutable; may be shared between threads.
 class TESSEL_API NativePropertyItem {
-public:
+ public:
   /// A string with a default.
   NativePropertyItem(const std::string& key, const std::string& defaultValue);
   /// As above, so that a literal does not become a boolean.
@@ -54,7 +54,7 @@ public:
   /// @throws NYXException KTBNV0117 when this is not a boolean, KTBNV0120 when the text is none.
   bool getBooleanValue(const std::string* value) const;
 
-private:
+ private:
   friend TESSEL_API std::ostream& operator<<(std::ostream& stream, const NativePropertyItem& item);
 
   enum Type : int { STRING = 0, INTEGER = 1, BOOLEAN = 2 };

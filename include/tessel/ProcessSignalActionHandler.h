@@ -9,7 +9,7 @@ class RasDescriptor;
 
 /// What a process does when it is signalled; installed by NYXUtils::handleSignals.
 class TESSEL_API ProcessSignalActionHandler {
-public:
+ public:
   ProcessSignalActionHandler();
   ProcessSignalActionHandler(const ProcessSignalActionHandler& other);
   ProcessSignalActionHandler& operator=(const ProcessSignalActionHandler& other);
@@ -18,11 +18,11 @@ public:
   /// Called for each signal, on a thread that the system makes for it. Calls defaultAction unless overridden.
   virtual void action(int signal);
 
-protected:
+ protected:
   /// Traces "Received signal: " and the number.
   void defaultAction(int signal);
 
-private:
+ private:
   static const RasDescriptor rd;
 };
 

@@ -7,7 +7,7 @@ namespace tessel {
 
 /// A required property is not set.
 class TESSEL_API PropertyNotFoundException : public NYXException {
-public:
+ public:
   /// @param message the complete, already translated text; copied. There is no cause.
   explicit PropertyNotFoundException(const std::string& message);
   PropertyNotFoundException(const PropertyNotFoundException& other);

@@ -16,7 +16,7 @@ class LogLevel;
 ///
 /// Every operation may be called from any thread. The queries take no lock.
 class TESSEL_API RAS {
-public:
+ public:
   /// Applies a trace specification: entries separated by ':', each `names=level`, `names` (everything) or `=level`
   /// (all classes), names separated by ','. A leading '+' adds to what is in force; otherwise that is discarded
   /// first. Levels are FLOW, MODERATE, VERBOSE, ALL, OFF, INFO, CONFIG, WARNING and ERROR, SEVERE or FATAL in any
@@ -42,7 +42,9 @@ public:
 
   virtual ~RAS();
 
-private:
+ private:
+  friend struct RASTest;
+
   struct State;
 
   RAS();

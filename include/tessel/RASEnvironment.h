@@ -10,15 +10,9 @@ namespace tessel {
 
 /// The kind of process that the library runs in; decides which log handlers are installed.
 class TESSEL_API RASEnvironment {
-public:
+ public:
   /// The value 3 is not assigned.
-  enum RASEnvironmentValue : int {
-    DAEMON = 1,
-    DAEMON_FOREGROUND = 2,
-    UNITTEST = 4,
-    JAVA_APP = 5,
-    UNSPECIFIED = 9999
-  };
+  enum RASEnvironmentValue : int { DAEMON = 1, DAEMON_FOREGROUND = 2, UNITTEST = 4, JAVA_APP = 5, UNSPECIFIED = 9999 };
 
   /// UNSPECIFIED.
   RASEnvironment();
@@ -33,7 +27,7 @@ public:
   /// @return the name padded to 17 characters; "???" padded for an unknown value.
   std::string toString() const;
 
-private:
+ private:
   int value_;
 };
 

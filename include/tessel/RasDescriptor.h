@@ -14,7 +14,7 @@ class Logger;
 ///
 /// Every class holds one as a static object. Immutable apart from assignment; may be read from any thread.
 class TESSEL_API RasDescriptor {
-public:
+ public:
   /// The logger is the one named after the class, created when it does not exist yet.
   RasDescriptor(const std::string& className, const std::string& messageBundle);
   /// @param logger not owned; null makes a debug descriptor.
@@ -43,7 +43,7 @@ public:
   /// isOn(TraceLevel::FLOW).
   bool isFlowOn() const;
 
-private:
+ private:
   friend class NLS;
   friend class Trace;
 

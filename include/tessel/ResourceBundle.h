@@ -17,7 +17,7 @@ class RasDescriptor;
 /// and shared: a copy is a pointer copy, and getBundle() and getString() may be called from any thread. Nothing is
 /// thrown: a missing file gives an empty catalogue, a missing key gives the key.
 class TESSEL_API ResourceBundle {
-public:
+ public:
   /// @param name dotted; the part behind the last dot is the file's name.
   /// @return the bundle, read on the first call for that name.
   ///
@@ -37,7 +37,7 @@ public:
   /// Adds "UT_NLS_KEY_1" to "UT_NLS_KEY_5" with "Error message 1" to "Error message 5" to this object only.
   void setupUnitTest();
 
-private:
+ private:
   friend class NLS;
 
   struct Catalogue;

@@ -9,14 +9,14 @@ class NYXThreadSync;
 
 /// Holds a monitor for a scope.
 class TESSEL_API Synchronize {
-public:
+ public:
   /// @param sync locked at once; not owned. Null makes the guard do nothing.
   explicit Synchronize(NYXThreadSync* sync);
   Synchronize(const Synchronize& other) = delete;
   Synchronize& operator=(const Synchronize& other) = delete;
   virtual ~Synchronize();
 
-private:
+ private:
   NYXThreadSync* sync_;
 };
 

@@ -29,7 +29,7 @@ class MethodTrace;
 /// raised while the same thread publishes another one is dropped, and so is a point of a thread that is inside a
 /// log handler or holds another lock of the diagnostics while some other thread is tracing. Nothing is thrown.
 class TESSEL_API Trace {
-public:
+ public:
   /// @param methodName shown as "null" when null.
   static void entry(const RasDescriptor& descriptor, const char* methodName);
   static void exit(const RasDescriptor& descriptor, const char* methodName);
@@ -55,8 +55,8 @@ public:
 
   /// A data point on behalf of an object. @param arguments as for entry.
   template <class... Texts>
-  static void data(const RasDescriptor& descriptor, const TraceLevel& level, const void* object,
-                   const char* methodName, const Texts&... arguments) {
+  static void data(const RasDescriptor& descriptor, const TraceLevel& level, const void* object, const char* methodName,
+                   const Texts&... arguments) {
     getInstance().traceMethodData(descriptor, level, object, methodName, static_cast<int>(sizeof...(arguments)),
                                   &arguments...);
   }
@@ -66,9 +66,10 @@ public:
 
   virtual ~Trace();
 
-private:
+ private:
   friend class internal::MethodTrace;
   friend class NYXThreadImpl;
+  friend struct TraceTest;
 
   using MethodStack = std::stack<std::string, std::deque<std::string>>;
   class Guard;
@@ -109,7 +110,7 @@ private:
   void publish(const RasDescriptor& descriptor, const void* object, const char* methodName, LogRecord& record);
 
   NYXThreadSyncImpl* lock_;
-  bool inTrace_ = false;  // guarded by lock_
+  bool inTrace_ = false;                                                 // guarded by lock_
   std::map<unsigned long, std::unique_ptr<MethodStack>>* methodStacks_;  // guarded by lock_
   std::ostream* stream_;
 };

@@ -7,7 +7,7 @@ namespace tessel {
 
 /// A trace record of type DATA; its text shows the method, "data" and the arguments in brackets.
 class TESSEL_API TraceDataLogRecord : public LogRecord {
-public:
+ public:
   /// @param message the indentation prefix that stands before the method.
   TraceDataLogRecord(const LogLevel& level, const std::string& message);
   TraceDataLogRecord(const TraceDataLogRecord& other);

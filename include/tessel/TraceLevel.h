@@ -10,7 +10,7 @@ namespace tessel {
 
 /// The detail of a trace point; a lower value is more detail.
 class TESSEL_API TraceLevel {
-public:
+ public:
   enum TraceLevelValue : int { VERBOSE = 11, MODERATE = 21, FLOW = 31, OFF = 9999 };
 
   /// OFF.
@@ -30,7 +30,7 @@ public:
   /// @return the raw value.
   int getValue() const;
 
-private:
+ private:
   int value_;
 };
 

@@ -7,7 +7,7 @@ namespace tessel {
 
 /// A trace record of type THROWING; its text shows the method, the exception and its class.
 class TESSEL_API TraceThrowingLogRecord : public LogRecord {
-public:
+ public:
   /// @param message the indentation prefix that stands before the method.
   TraceThrowingLogRecord(const LogLevel& level, const std::string& message);
   TraceThrowingLogRecord(const TraceThrowingLogRecord& other);

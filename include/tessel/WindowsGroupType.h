@@ -9,7 +9,7 @@ namespace tessel {
 
 /// A built-in principal that a file must not be open to.
 class TESSEL_API WindowsGroupType {
-public:
+ public:
   enum WindowsGroupTypeValue : int { GUESTS = 1, USERS = 2, EVERYONE = 3, OTHER = 4 };
 
   /// USERS, on purpose not OTHER.
@@ -27,7 +27,7 @@ public:
   /// @return "Guests", "Users", "Everyone", or "other" for any other value.
   std::string toString() const;
 
-private:
+ private:
   WindowsGroupTypeValue value_;
 };
 

@@ -11,7 +11,7 @@ namespace tessel::internal {
 // lock is taken. Without that rule a thread that publishes a trace record and needs one of the other locks would
 // meet, and never pass, a thread that holds that lock and traces.
 class NoBlockingTrace {
-public:
+ public:
   NoBlockingTrace() noexcept;
   ~NoBlockingTrace();
   NoBlockingTrace(const NoBlockingTrace&) = delete;
@@ -22,13 +22,13 @@ public:
 
 // Holds a lock of the diagnostics for a scope. Such a lock is never held while the trace lock is waited for.
 class DiagnosticsLock {
-public:
+ public:
   explicit DiagnosticsLock(NYXThreadSync& sync);
   ~DiagnosticsLock();
   DiagnosticsLock(const DiagnosticsLock&) = delete;
   DiagnosticsLock& operator=(const DiagnosticsLock&) = delete;
 
-private:
+ private:
   NoBlockingTrace mark_;
   NYXThreadSync& sync_;
 };

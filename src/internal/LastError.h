@@ -6,7 +6,7 @@
 namespace tessel::internal {
 
 class LastError {
-public:
+ public:
   // Takes the calling thread's number now: declare it as the first thing after the failed call.
   LastError() noexcept;
   explicit LastError(unsigned long number) noexcept : number_(number) {}
@@ -16,7 +16,7 @@ public:
   // The system's text, without the line end.
   std::string text() const;
 
-private:
+ private:
   unsigned long number_;
 };
 

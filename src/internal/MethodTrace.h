@@ -39,15 +39,17 @@ const char* traceType() {
 // Traces the entry now and the exit when the scope ends, also by an exception. With trace off it costs one relaxed
 // load and one test of a register. The exit is sent only if the entry was taken.
 class MethodTrace {
-public:
+ public:
   template <class... Arguments>
   MethodTrace(const RasDescriptor& descriptor, const void* object, const char* method,
               const Arguments&... arguments) noexcept
       : rd_(descriptor), object_(object), method_(method) {
-    if (traceMayBeOn()) [[unlikely]] enter(arguments...);
+    if (traceMayBeOn()) [[unlikely]]
+      enter(arguments...);
   }
   ~MethodTrace() {
-    if (entered_) [[unlikely]] leave();
+    if (entered_) [[unlikely]]
+      leave();
   }
   MethodTrace(const MethodTrace&) = delete;
   MethodTrace& operator=(const MethodTrace&) = delete;
@@ -55,13 +57,15 @@ public:
   // The value to return, shown by the exit record: `return trace.result(value);`
   template <class T>
   const T& result(const T& value) noexcept {
-    if (entered_) [[unlikely]] remember(value);
+    if (entered_) [[unlikely]]
+      remember(value);
     return value;
   }
 
   template <class... Arguments>
   void data(const TraceLevel::TraceLevelValue level, const Arguments&... arguments) const noexcept {
-    if (traceMayBeOn()) [[unlikely]] sendData(level, arguments...);
+    if (traceMayBeOn()) [[unlikely]]
+      sendData(level, arguments...);
   }
 
   // The failure to throw: its message formatted from the catalogue, the throw traced.
@@ -73,11 +77,12 @@ public:
   // The same for an exception that exists already.
   template <class Exception>
   [[nodiscard]] const Exception& thrown(const Exception& exception) const noexcept {
-    if (traceMayBeOn()) [[unlikely]] sendThrowing(exception);
+    if (traceMayBeOn()) [[unlikely]]
+      sendThrowing(exception);
     return exception;
   }
 
-private:
+ private:
   template <class... Arguments>
   [[gnu::noinline, gnu::cold]] void enter(const Arguments&... arguments) noexcept {
     try {

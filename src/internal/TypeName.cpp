@@ -15,8 +15,8 @@ std::string readableName(const std::type_info& type) { return type.name(); }
 #else
 std::string readableName(const std::type_info& type) {
   int status = 0;
-  const std::unique_ptr<char, void (*)(void*)> name(
-      abi::__cxa_demangle(type.name(), nullptr, nullptr, &status), std::free);
+  const std::unique_ptr<char, void (*)(void*)> name(abi::__cxa_demangle(type.name(), nullptr, nullptr, &status),
+                                                    std::free);
   return status == 0 ? name.get() : type.name();
 }
 #endif

@@ -3,7 +3,7 @@
 namespace tessel {
 
 IPCListener::IPCListener() = default;
-IPCListener::IPCListener(const IPCListener& other) = default;
+IPCListener::IPCListener(const IPCListener&) = default;
 IPCListener& IPCListener::operator=(const IPCListener& other) = default;
 IPCListener::~IPCListener() = default;
 

@@ -4,10 +4,12 @@ namespace tessel {
 
 IPCNotAvailableForUserException::IPCNotAvailableForUserException(const std::string& message) : IPCException(message) {}
 
-IPCNotAvailableForUserException::IPCNotAvailableForUserException(const IPCNotAvailableForUserException& other) = default;
+IPCNotAvailableForUserException::IPCNotAvailableForUserException(const IPCNotAvailableForUserException& other) =
+    default;
 
 IPCNotAvailableForUserException::~IPCNotAvailableForUserException() = default;
 
-IPCNotAvailableForUserException& IPCNotAvailableForUserException::operator=(const IPCNotAvailableForUserException& other) = default;
+IPCNotAvailableForUserException& IPCNotAvailableForUserException::operator=(
+    const IPCNotAvailableForUserException& other) = default;
 
 }  // namespace tessel

@@ -12,16 +12,26 @@ struct Shown {
 
 Shown shown(int value) {
   switch (value) {
-    case LogLevel::ALL: return {"ALL    ", 'A'};
-    case LogLevel::FINEST: return {"FINEST ", 'F'};
-    case LogLevel::FINER: return {"FINER  ", 'F'};
-    case LogLevel::FINE: return {"FINE   ", 'F'};
-    case LogLevel::CONFIG: return {"CONFIG ", 'C'};
-    case LogLevel::INFO: return {"INFO   ", 'I'};
-    case LogLevel::WARNING: return {"WARNING", 'W'};
-    case LogLevel::SEVERE: return {"SEVERE ", 'E'};
-    case LogLevel::OFF: return {"OFF    ", 'O'};
-    default: return {"???    ", '?'};
+    case LogLevel::ALL:
+      return {"ALL    ", 'A'};
+    case LogLevel::FINEST:
+      return {"FINEST ", 'F'};
+    case LogLevel::FINER:
+      return {"FINER  ", 'F'};
+    case LogLevel::FINE:
+      return {"FINE   ", 'F'};
+    case LogLevel::CONFIG:
+      return {"CONFIG ", 'C'};
+    case LogLevel::INFO:
+      return {"INFO   ", 'I'};
+    case LogLevel::WARNING:
+      return {"WARNING", 'W'};
+    case LogLevel::SEVERE:
+      return {"SEVERE ", 'E'};
+    case LogLevel::OFF:
+      return {"OFF    ", 'O'};
+    default:
+      return {"???    ", '?'};
   }
 }
 

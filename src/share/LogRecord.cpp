@@ -136,9 +136,9 @@ std::string LogRecord::getDateTimestamp() const {
   const std::tm time = internal::localTime(logTime_);
   std::array<char, 64> zone{};
   const bool named = std::strftime(zone.data(), zone.size(), "%Z", &time) != 0;
-  return formatted<160>("%02d/%02d/%04d %02d:%02d:%02d.%03d %s", time.tm_mday, time.tm_mon + 1,
-                        time.tm_year + 1900, time.tm_hour, time.tm_min, time.tm_sec,
-                        static_cast<int>(sequence_ / 256), named ? zone.data() : "???");
+  return formatted<160>("%02d/%02d/%04d %02d:%02d:%02d.%03d %s", time.tm_mday, time.tm_mon + 1, time.tm_year + 1900,
+                        time.tm_hour, time.tm_min, time.tm_sec, static_cast<int>(sequence_ / 256),
+                        named ? zone.data() : "???");
 }
 
 std::string LogRecord::getLogRecordOutputHeader() {

@@ -17,12 +17,18 @@ bool LogRecordType::isTraceable() const { return value_ != EVENT; }
 
 std::string LogRecordType::toString() const {
   switch (value_) {
-    case ENTRY: return "ENTRY   ";
-    case EXIT: return "EXIT    ";
-    case DATA: return "DATA    ";
-    case THROWING: return "THROWING";
-    case EVENT: return "EVENT   ";
-    default: return "???     ";
+    case ENTRY:
+      return "ENTRY   ";
+    case EXIT:
+      return "EXIT    ";
+    case DATA:
+      return "DATA    ";
+    case THROWING:
+      return "THROWING";
+    case EVENT:
+      return "EVENT   ";
+    default:
+      return "???     ";
   }
 }
 

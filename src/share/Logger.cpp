@@ -35,9 +35,8 @@ struct Logger::Registry {
 // The handlers of one logger while this thread publishes to them, one after the other. Each is counted as in use
 // from before the registry's lock is left until its turn is over, so that removeHandler cannot miss it.
 class Logger::Publication {
-public:
-  explicit Publication(std::shared_ptr<const Handlers> handlers)
-      : handlers_(std::move(handlers)), outer_(current) {
+ public:
+  explicit Publication(std::shared_ptr<const Handlers> handlers) : handlers_(std::move(handlers)), outer_(current) {
     current = this;
   }
   ~Publication() { current = outer_; }
@@ -63,7 +62,7 @@ public:
     return turns;
   }
 
-private:
+ private:
   static void publishTo(LogHandler& handler, LogRecord& record) {
     const internal::NoBlockingTrace mark;
     try {
@@ -75,8 +74,8 @@ private:
   unsigned dropHere(LogHandler& handler) {
     if (std::find(dropped_.begin(), dropped_.end(), &handler) == dropped_.end()) {
       dropped_.push_back(&handler);
-      const auto pending = std::count(handlers_->begin() + static_cast<std::ptrdiff_t>(turn_) + 1, handlers_->end(),
-                                      &handler);
+      const auto pending =
+          std::count(handlers_->begin() + static_cast<std::ptrdiff_t>(turn_) + 1, handlers_->end(), &handler);
       handler.users_.fetch_sub(static_cast<unsigned>(pending), std::memory_order_release);
     }
     return (*handlers_)[turn_] == &handler ? 1 : 0;

@@ -34,9 +34,8 @@ const std::string& unknownClass() {
 }  // namespace
 
 NLS::NLS() = default;
-NLS::NLS(const NLS&) {}
-// NOLINTNEXTLINE(bugprone-unhandled-self-assignment,cert-oop54-cpp): there is nothing to copy
-NLS& NLS::operator=(const NLS&) { return *this; }
+NLS::NLS(const NLS&) = default;
+NLS& NLS::operator=(const NLS&) = default;
 NLS::~NLS() = default;
 
 const NLS& NLS::getInstance() {
@@ -92,10 +91,10 @@ std::string NLS::internalFormat(const std::string& className, const std::string&
 
   const bool missing = filled.match == internal::Match::insertsMissing;
   const std::string supplied = std::to_string(count) + " were supplied";
-  const NYXException report("NLS::format() call from class: " + className + " for key " + key +
-                            (missing ? " - insufficient inserts (" + supplied + ")"
-                                     : " - Not all inserts matched (" + supplied + ", only " +
-                                           std::to_string(filled.used) + " used)"));
+  const NYXException report(
+      "NLS::format() call from class: " + className + " for key " + key +
+      (missing ? " - insufficient inserts (" + supplied + ")"
+               : " - Not all inserts matched (" + supplied + ", only " + std::to_string(filled.used) + " used)"));
   FFDC::internalCapture("NLS", nullptr, "internalFormat", missing ? FFDC::PROBE_002() : FFDC::PROBE_001(), &report, 0);
   return text;
 }

@@ -22,11 +22,7 @@ NYXException::~NYXException() { delete cause_; }
 
 // The shared cause is the documented behaviour of assignment.
 // NOLINTNEXTLINE(bugprone-unhandled-self-assignment,cert-oop54-cpp)
-NYXException& NYXException::operator=(const NYXException& other) {
-  message_ = other.message_;
-  cause_ = other.cause_;
-  return *this;
-}
+NYXException& NYXException::operator=(const NYXException& other) = default;
 
 std::string NYXException::getMessage() const { return message_; }
 
@@ -41,8 +37,6 @@ std::string NYXException::toString() const {
   return text.str();
 }
 
-std::ostream& operator<<(std::ostream& stream, const NYXException& exception) {
-  return stream << exception.toString();
-}
+std::ostream& operator<<(std::ostream& stream, const NYXException& exception) { return stream << exception.toString(); }
 
 }  // namespace tessel

@@ -3,7 +3,7 @@
 namespace tessel {
 
 NYXRunnable::NYXRunnable() = default;
-NYXRunnable::NYXRunnable(const NYXRunnable& other) = default;
+NYXRunnable::NYXRunnable(const NYXRunnable&) = default;
 NYXRunnable& NYXRunnable::operator=(const NYXRunnable& other) = default;
 NYXRunnable::~NYXRunnable() = default;
 

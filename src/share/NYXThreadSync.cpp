@@ -3,7 +3,7 @@
 namespace tessel {
 
 NYXThreadSync::NYXThreadSync() = default;
-NYXThreadSync::NYXThreadSync(const NYXThreadSync& other) = default;
+NYXThreadSync::NYXThreadSync(const NYXThreadSync&) = default;
 NYXThreadSync& NYXThreadSync::operator=(const NYXThreadSync& other) = default;
 NYXThreadSync::~NYXThreadSync() = default;
 

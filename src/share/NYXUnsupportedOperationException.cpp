@@ -2,12 +2,15 @@
 
 namespace tessel {
 
-NYXUnsupportedOperationException::NYXUnsupportedOperationException(const std::string& message) : NYXException(message) {}
+NYXUnsupportedOperationException::NYXUnsupportedOperationException(const std::string& message)
+    : NYXException(message) {}
 
-NYXUnsupportedOperationException::NYXUnsupportedOperationException(const NYXUnsupportedOperationException& other) = default;
+NYXUnsupportedOperationException::NYXUnsupportedOperationException(const NYXUnsupportedOperationException& other) =
+    default;
 
 NYXUnsupportedOperationException::~NYXUnsupportedOperationException() = default;
 
-NYXUnsupportedOperationException& NYXUnsupportedOperationException::operator=(const NYXUnsupportedOperationException& other) = default;
+NYXUnsupportedOperationException& NYXUnsupportedOperationException::operator=(
+    const NYXUnsupportedOperationException& other) = default;
 
 }  // namespace tessel

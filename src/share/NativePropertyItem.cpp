@@ -128,12 +128,15 @@ bool NativePropertyItem::getBooleanValue(const std::string* value) const {
 std::ostream& operator<<(std::ostream& stream, const NativePropertyItem& item) {
   stream << item.key_;
   switch (item.type_) {
-    case NativePropertyItem::STRING: return stream << "string value: " << item.defaultString_;
+    case NativePropertyItem::STRING:
+      return stream << "string value: " << item.defaultString_;
     case NativePropertyItem::INTEGER:
       return stream << "integer value: " << item.defaultInteger_ << " (min: " << item.minimum_
                     << ", max: " << item.maximum_ << ")";
-    case NativePropertyItem::BOOLEAN: return stream << "boolean value: " << (item.defaultBoolean_ ? 1 : 0);
-    default: return stream << "unknown type";
+    case NativePropertyItem::BOOLEAN:
+      return stream << "boolean value: " << (item.defaultBoolean_ ? 1 : 0);
+    default:
+      return stream << "unknown type";
   }
 }
 

@@ -8,7 +8,7 @@ namespace tessel {
 const RasDescriptor ProcessSignalActionHandler::rd("ProcessSignalActionHandler", internal::kMessages);
 
 ProcessSignalActionHandler::ProcessSignalActionHandler() = default;
-ProcessSignalActionHandler::ProcessSignalActionHandler(const ProcessSignalActionHandler& other) = default;
+ProcessSignalActionHandler::ProcessSignalActionHandler(const ProcessSignalActionHandler&) = default;
 ProcessSignalActionHandler& ProcessSignalActionHandler::operator=(const ProcessSignalActionHandler& other) = default;
 ProcessSignalActionHandler::~ProcessSignalActionHandler() = default;
 

@@ -29,9 +29,7 @@ const RasDescriptor rd("RAS", internal::kMessages);
 std::atomic<bool> traceAvailable{false};
 std::atomic<int> debugLevel{TraceLevel::OFF};
 
-void refreshSwitch() {
-  internal::traceSwitch = traceAvailable.load() || debugLevel.load() != TraceLevel::OFF;
-}
+void refreshSwitch() { internal::traceSwitch = traceAvailable.load() || debugLevel.load() != TraceLevel::OFF; }
 
 // A thread that traces may need both catalogues: they are read before the first trace point can be on.
 void fetchCatalogues() {
@@ -79,9 +77,9 @@ bool relativeName(const std::string& name, const std::string& prefix, std::strin
 struct RAS::State {
   NYXThreadSyncImpl lock;
   std::atomic<RASEnvironment::RASEnvironmentValue> environment{RASEnvironment::UNSPECIFIED};
-  std::string traceSpecNamePrefix;               // set before trace is available
-  std::map<std::string, Logger*> traceLoggers;   // guarded by lock
-  std::string logPath;                           // set before trace is available
+  std::string traceSpecNamePrefix;              // set before trace is available
+  std::map<std::string, Logger*> traceLoggers;  // guarded by lock
+  std::string logPath;                          // set before trace is available
 };
 
 RAS::RAS() : state_(new State) {}
@@ -164,10 +162,10 @@ void RAS::discardTraceLoggers() {
 LogLevel RAS::getLevel(const std::string& word) {
   static const std::map<std::string, LogLevel::LogLevelValue>& levels =
       *new std::map<std::string, LogLevel::LogLevelValue>{
-          {"OFF", LogLevel::INFO},      {"INFO", LogLevel::INFO},         {"CONFIG", LogLevel::CONFIG},
-          {"WARNING", LogLevel::WARNING}, {"ERROR", LogLevel::SEVERE},    {"SEVERE", LogLevel::SEVERE},
-          {"FATAL", LogLevel::SEVERE},  {"ALL", LogLevel::ALL},           {"VERBOSE", LogLevel::FINEST},
-          {"MODERATE", LogLevel::FINER}, {"FLOW", LogLevel::FINE}};
+          {"OFF", LogLevel::INFO},        {"INFO", LogLevel::INFO},    {"CONFIG", LogLevel::CONFIG},
+          {"WARNING", LogLevel::WARNING}, {"ERROR", LogLevel::SEVERE}, {"SEVERE", LogLevel::SEVERE},
+          {"FATAL", LogLevel::SEVERE},    {"ALL", LogLevel::ALL},      {"VERBOSE", LogLevel::FINEST},
+          {"MODERATE", LogLevel::FINER},  {"FLOW", LogLevel::FINE}};
   const auto known = levels.find(upperCase(word));
   return known == levels.end() ? LogLevel::INFO : known->second;
 }
@@ -184,9 +182,7 @@ bool RAS::isDebugOn(const TraceLevel& level) {
 
 bool RAS::isTraceAvailable() { return traceAvailable.load(std::memory_order_relaxed); }
 
-RASEnvironment RAS::getEnvironment() {
-  return getInstance().state_->environment.load();
-}
+RASEnvironment RAS::getEnvironment() { return getInstance().state_->environment.load(); }
 
 const std::string& RAS::getLogPath() { return getInstance().state_->logPath; }
 

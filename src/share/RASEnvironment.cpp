@@ -15,12 +15,18 @@ bool RASEnvironment::operator!=(const RASEnvironment& other) const { return valu
 
 std::string RASEnvironment::toString() const {
   switch (value_) {
-    case DAEMON: return "DAEMON           ";
-    case DAEMON_FOREGROUND: return "DAEMON_FOREGROUND";
-    case UNITTEST: return "UNITTEST         ";
-    case JAVA_APP: return "JAVA_APP         ";
-    case UNSPECIFIED: return "UNSPECIFIED      ";
-    default: return "???              ";
+    case DAEMON:
+      return "DAEMON           ";
+    case DAEMON_FOREGROUND:
+      return "DAEMON_FOREGROUND";
+    case UNITTEST:
+      return "UNITTEST         ";
+    case JAVA_APP:
+      return "JAVA_APP         ";
+    case UNSPECIFIED:
+      return "UNSPECIFIED      ";
+    default:
+      return "???              ";
   }
 }
 

@@ -35,10 +35,14 @@ bool RasDescriptor::isOn(const TraceLevel& level) const {
   if (isDebug()) return RAS::isDebugOn(level);
   if (!RAS::isTraceAvailable()) return false;
   switch (level.getValue()) {
-    case TraceLevel::FLOW: return logger_->isLoggable(LogLevel::FINE);
-    case TraceLevel::MODERATE: return logger_->isLoggable(LogLevel::FINER);
-    case TraceLevel::VERBOSE: return logger_->isLoggable(LogLevel::FINEST);
-    default: return false;
+    case TraceLevel::FLOW:
+      return logger_->isLoggable(LogLevel::FINE);
+    case TraceLevel::MODERATE:
+      return logger_->isLoggable(LogLevel::FINER);
+    case TraceLevel::VERBOSE:
+      return logger_->isLoggable(LogLevel::FINEST);
+    default:
+      return false;
   }
 }
 

@@ -142,8 +142,7 @@ std::unique_ptr<std::istream> ResourceBundle::getResourcesFile() const {
 
 void ResourceBundle::warnOnceAboutMissingFile(const std::string& path) const {
   if (propsFilesMissing.exchange(true)) return;
-  EventLog::warningNoFormat(
-      rd, "File: " + path + " could not be found for ResourceBundle '" + catalogue_->name + "'");
+  EventLog::warningNoFormat(rd, "File: " + path + " could not be found for ResourceBundle '" + catalogue_->name + "'");
 }
 
 }  // namespace tessel

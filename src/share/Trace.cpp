@@ -48,9 +48,12 @@ Arguments argumentsOf(int count, std::va_list list) {
 
 LogLevel logLevelOf(const TraceLevel& level) {
   switch (level.getValue()) {
-    case TraceLevel::MODERATE: return LogLevel::FINER;
-    case TraceLevel::VERBOSE: return LogLevel::FINEST;
-    default: return LogLevel::FINE;
+    case TraceLevel::MODERATE:
+      return LogLevel::FINER;
+    case TraceLevel::VERBOSE:
+      return LogLevel::FINEST;
+    default:
+      return LogLevel::FINE;
   }
 }
 
@@ -58,7 +61,7 @@ LogLevel logLevelOf(const TraceLevel& level) {
 
 // Holds the trace lock for one trace point.
 class Trace::Guard {
-public:
+ public:
   explicit Guard(Trace& trace) : trace_(trace), taken_(trace.lockTrace()) {}
   ~Guard() {
     if (taken_) trace_.unlockTrace();
@@ -68,7 +71,7 @@ public:
 
   bool taken() const { return taken_; }
 
-private:
+ private:
   Trace& trace_;
   bool taken_;
 };
@@ -104,9 +107,7 @@ void Trace::entry(const RasDescriptor& descriptor, const char* methodName) {
   getInstance().traceMethodEntry(descriptor, nullptr, methodName, 0);
 }
 
-void Trace::exit(const RasDescriptor& descriptor, const char* methodName) {
-  exit(descriptor, nullptr, methodName);
-}
+void Trace::exit(const RasDescriptor& descriptor, const char* methodName) { exit(descriptor, nullptr, methodName); }
 
 void Trace::exit(const RasDescriptor& descriptor, const void* object, const char* methodName) {
   getInstance().traceMethodExit(descriptor, object, methodName, nullptr, std::string());

@@ -16,11 +16,16 @@ bool TraceLevel::operator>=(const TraceLevel& other) const { return value_ >= ot
 
 std::string TraceLevel::toString() const {
   switch (value_) {
-    case VERBOSE: return "VERBOSE ";
-    case MODERATE: return "MODERATE";
-    case FLOW: return "FLOW    ";
-    case OFF: return "OFF     ";
-    default: return "???     ";
+    case VERBOSE:
+      return "VERBOSE ";
+    case MODERATE:
+      return "MODERATE";
+    case FLOW:
+      return "FLOW    ";
+    case OFF:
+      return "OFF     ";
+    default:
+      return "???     ";
   }
 }
 

@@ -10,19 +10,19 @@ namespace tessel::internal {
 
 // Restores the thread's last error when the scope ends.
 class KeepLastError {
-public:
+ public:
   KeepLastError() noexcept : number_(GetLastError()) {}
   ~KeepLastError() { SetLastError(number_); }
   KeepLastError(const KeepLastError&) = delete;
   KeepLastError& operator=(const KeepLastError&) = delete;
 
-private:
+ private:
   DWORD number_;
 };
 
 // A kernel handle; empty for null and for the invalid handle, whichever the system call uses.
 class UniqueHandle {
-public:
+ public:
   UniqueHandle() noexcept = default;
   explicit UniqueHandle(HANDLE handle) noexcept : handle_(handle == INVALID_HANDLE_VALUE ? nullptr : handle) {}
   UniqueHandle(UniqueHandle&& other) noexcept : handle_(other.release()) {}
@@ -52,7 +52,7 @@ public:
     return &handle_;
   }
 
-private:
+ private:
   HANDLE handle_ = nullptr;
 };
 

@@ -81,8 +81,10 @@ void* IPCClientImpl::open(const std::string& path) {
         throw trace.failure<IPCNotFoundException>("KTBNV0066_OPEN_ERROR", getServiceName(), error.text());
       case ERROR_ACCESS_DENIED:
         throw trace.failure<NYXException>("KTBNV0177_NOT_AUTHORIZED", getServiceName(), error.text());
-      case ERROR_PIPE_BUSY: break;
-      default: throw trace.failure<NYXException>("KTBNV0066_OPEN_ERROR", getServiceName(), error.text());
+      case ERROR_PIPE_BUSY:
+        break;
+      default:
+        throw trace.failure<NYXException>("KTBNV0066_OPEN_ERROR", getServiceName(), error.text());
     }
     if (!WaitNamedPipeA(path.c_str(), busyWait_)) {
       const LastError timeout;
@@ -120,8 +122,7 @@ void IPCClientImpl::send(const IPCMessage& message) {
   DWORD written = 0;
   if (!WriteFile(pipeHandle_, bytes.data(), static_cast<DWORD>(length), &written, nullptr)) {
     const LastError error;
-    throw MethodTrace(rd, this, "send")
-        .failure<NYXException>("KTBNV0063_WRITE_FAILED", getServiceName(), error.text());
+    throw MethodTrace(rd, this, "send").failure<NYXException>("KTBNV0063_WRITE_FAILED", getServiceName(), error.text());
   }
 }
 
@@ -190,9 +191,15 @@ unsigned long IPCClientImpl::poll(_OVERLAPPED& overlapped, unsigned long interva
     }
     const LastError error;
     switch (error.number()) {
-      case ERROR_IO_INCOMPLETE: trace.data(TraceLevel::MODERATE, "ERROR_IO_INCOMPLETE"); break;
-      case ERROR_HANDLE_EOF: trace.data(TraceLevel::MODERATE, "ERROR_HANDLE_EOF"); return length;
-      default: trace.data(TraceLevel::MODERATE, "Other Return code", error.text()); return length;
+      case ERROR_IO_INCOMPLETE:
+        trace.data(TraceLevel::MODERATE, "ERROR_IO_INCOMPLETE");
+        break;
+      case ERROR_HANDLE_EOF:
+        trace.data(TraceLevel::MODERATE, "ERROR_HANDLE_EOF");
+        return length;
+      default:
+        trace.data(TraceLevel::MODERATE, "Other Return code", error.text());
+        return length;
     }
   }
 }

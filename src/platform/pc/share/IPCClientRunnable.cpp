@@ -89,7 +89,8 @@ long IPCClientRunnable::read(Buffer& buffer) {
   buffer.bytes.fill(0);
   buffer.length = 0;
   SetLastError(NO_ERROR);
-  const bool done = ReadFile(pipeHandle_, buffer.bytes.data(), IPCMessage::MAX_MESSAGE_DATA_LEN, &buffer.length, nullptr);
+  const bool done =
+      ReadFile(pipeHandle_, buffer.bytes.data(), IPCMessage::MAX_MESSAGE_DATA_LEN, &buffer.length, nullptr);
   const LastError error;
   setActivity(Activity::processing);
   if (done && buffer.length > 0) return NO_ERROR;
@@ -145,9 +146,7 @@ IPCClientRunnable::Activity IPCClientRunnable::getActivity() const {
   return activity_;
 }
 
-bool IPCClientRunnable::isServing(const std::string& serviceName) {
-  return servedHere && *servedHere == serviceName;
-}
+bool IPCClientRunnable::isServing(const std::string& serviceName) { return servedHere && *servedHere == serviceName; }
 
 bool IPCClientRunnable::isShutdownRequested() const {
   const Synchronize guard(sync_);

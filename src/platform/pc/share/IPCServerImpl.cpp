@@ -19,8 +19,8 @@ const RasDescriptor IPCServerImpl::rd("IPCServerImpl", internal::kMessages);
 
 namespace {
 
-constexpr long kLook = 10000;              // ms between two looks whether the listener thread still lives
-constexpr unsigned long kCancelAgain = 10; // ms between two tries to cancel a blocked accept
+constexpr long kLook = 10000;               // ms between two looks whether the listener thread still lives
+constexpr unsigned long kCancelAgain = 10;  // ms between two tries to cancel a blocked accept
 
 }  // namespace
 

@@ -21,7 +21,7 @@ using internal::MethodTrace;
 
 const RasDescriptor NYXThreadImpl::rd("NYXThreadImpl", internal::kMessages);
 
-NYXThreadImpl::NYXThreadImpl(NYXRunnable* runnable) : NYXThread(runnable), threadHandle_(nullptr) {
+NYXThreadImpl::NYXThreadImpl(NYXRunnable* runnable) : NYXThread(runnable) {
   const MethodTrace trace(rd, this, "NYXThreadImpl", static_cast<const void*>(runnable));
 }
 
@@ -69,8 +69,7 @@ unsigned long NYXThreadImpl::waitFor(unsigned long milliseconds, const char* met
   const unsigned long result = WaitForSingleObject(threadHandle_, milliseconds);
   if (result == WAIT_FAILED) {
     const LastError error;
-    throw MethodTrace(rd, this, method)
-        .failure<NYXException>("KTBNV0015_WAIT_FOR_THREAD_FAILED", error.numberText());
+    throw MethodTrace(rd, this, method).failure<NYXException>("KTBNV0015_WAIT_FOR_THREAD_FAILED", error.numberText());
   }
   return result;
 }

@@ -14,7 +14,6 @@
 namespace tessel {
 
 using internal::LastError;
-using internal::MethodTrace;
 
 const RasDescriptor NYXThreadSyncImpl::rd("NYXThreadSyncImpl", internal::kMessages);
 
@@ -22,25 +21,25 @@ namespace {
 
 // The holder and its count of nested locks, read by strangers, cleared with one write.
 class Owner {
-public:
+ public:
   std::uint32_t thread() const { return static_cast<std::uint32_t>(value_.load(std::memory_order_relaxed)); }
   std::uint32_t count() const { return static_cast<std::uint32_t>(value_.load(std::memory_order_relaxed) >> 32); }
   void set(std::uint32_t thread, std::uint32_t count) {
     value_.store(count == 0 ? 0 : std::uint64_t{count} << 32 | thread, std::memory_order_relaxed);
   }
 
-private:
+ private:
   std::atomic<std::uint64_t> value_{0};
 };
 
 class WaitersLock {
-public:
+ public:
   explicit WaitersLock(CRITICAL_SECTION& section) : section_(section) { EnterCriticalSection(&section_); }
   ~WaitersLock() { LeaveCriticalSection(&section_); }
   WaitersLock(const WaitersLock&) = delete;
   WaitersLock& operator=(const WaitersLock&) = delete;
 
-private:
+ private:
   CRITICAL_SECTION& section_;
 };
 
@@ -135,7 +134,7 @@ NYXException failureOf(const RasDescriptor& rd, const void* object, const char* 
 
 }  // namespace
 
-NYXThreadSyncImpl::NYXThreadSyncImpl() : state_(nullptr) {
+NYXThreadSyncImpl::NYXThreadSyncImpl() {
   const HANDLE event = CreateEventA(nullptr, TRUE, FALSE, nullptr);
   if (!event) {
     const LastError error;

@@ -59,9 +59,12 @@ bool NYXUtils::isCurrentUserMemberOfGroup(const std::string& groupName) {
   }
   internal::TokenBuffer buffer;
   switch (internal::readToken(token.get(), TokenGroups, buffer)) {
-    case internal::TokenRead::sizeFailed: throw failure("KTBNV0130_OPENPROCESSTOKEN_FAILED");
-    case internal::TokenRead::readFailed: throw failure("KTBNV0131_GETTOKENINFORMATION_FAILED");
-    case internal::TokenRead::done: break;
+    case internal::TokenRead::sizeFailed:
+      throw failure("KTBNV0130_OPENPROCESSTOKEN_FAILED");
+    case internal::TokenRead::readFailed:
+      throw failure("KTBNV0131_GETTOKENINFORMATION_FAILED");
+    case internal::TokenRead::done:
+      break;
   }
   const auto* groups = reinterpret_cast<const TOKEN_GROUPS*>(buffer.data());
   for (DWORD i = 0; i < groups->GroupCount; ++i) {
@@ -142,8 +145,9 @@ std::string NYXUtils::getLastErrorMessage() {
 std::string NYXUtils::getLastErrorMessage(int error) {
   MethodTrace trace(rd, nullptr, "getLastErrorMessage", error);
   std::array<char, 4096> text{};
-  const DWORD length = FormatMessageA(FORMAT_MESSAGE_FROM_SYSTEM | FORMAT_MESSAGE_IGNORE_INSERTS, nullptr,
-                                      static_cast<DWORD>(error), 0, text.data(), static_cast<DWORD>(text.size()), nullptr);
+  const DWORD length =
+      FormatMessageA(FORMAT_MESSAGE_FROM_SYSTEM | FORMAT_MESSAGE_IGNORE_INSERTS, nullptr, static_cast<DWORD>(error), 0,
+                     text.data(), static_cast<DWORD>(text.size()), nullptr);
   const std::string message(text.data(), length);
   const std::size_t last = message.find_last_not_of("\r\n");
   return trace.result(length == 0 ? std::to_string(error) : message.substr(0, last + 1));

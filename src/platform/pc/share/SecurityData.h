@@ -12,14 +12,14 @@ class RasDescriptor;
 
 // Full access for the local Administrators and for the user that runs the server, for nobody else.
 class SecurityData {
-public:
+ public:
   // Builds all parts. Returns 0 or the number of the system call that failed.
   unsigned long setSecurityAttributes();
 
   // Null unless built.
   SECURITY_ATTRIBUTES* getSecurityAttributes();
 
-private:
+ private:
   bool readUser();
   bool buildList(PSID administrators);
   bool buildDescriptor();

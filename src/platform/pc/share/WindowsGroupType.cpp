@@ -15,10 +15,14 @@ WindowsGroupType::WindowsGroupTypeValue WindowsGroupType::getValue() const { ret
 
 std::string WindowsGroupType::toString() const {
   switch (value_) {
-    case GUESTS: return "Guests";
-    case USERS: return "Users";
-    case EVERYONE: return "Everyone";
-    default: return "other";
+    case GUESTS:
+      return "Guests";
+    case USERS:
+      return "Users";
+    case EVERYONE:
+      return "Everyone";
+    default:
+      return "other";
   }
 }
 
