@@ -87,7 +87,6 @@ class TESSEL_API FFDC {
 
  private:
   friend class NLS;
-  friend class NYXThreadSyncImpl;
   friend struct FFDCTest;
 
   FFDC();
@@ -103,7 +102,6 @@ class TESSEL_API FFDC {
 
   NYXThreadSync* lock_;
   bool inProgress_ = false;  // guarded by lock_
-  int captures_ = 0;         // guarded by lock_; makes file names unique
 };
 
 }  // namespace tessel

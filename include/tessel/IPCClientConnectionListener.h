@@ -23,7 +23,7 @@ class TESSEL_API IPCClientConnectionListener : public NYXRunnable {
                               const std::string& adminGroupName);
   /// Copies name, listener and limit; the copy has a monitor of its own and has never run.
   IPCClientConnectionListener(const IPCClientConnectionListener& other);
-  /// Copies name and limit and clears the flags; the monitor stays this object's own.
+  /// Copies name and limit, clears the flags and makes a new monitor. Not while this listener's thread runs.
   IPCClientConnectionListener& operator=(const IPCClientConnectionListener& other);
   /// Calls shutdown(). The thread must have ended.
   ~IPCClientConnectionListener() override;
@@ -55,6 +55,7 @@ class TESSEL_API IPCClientConnectionListener : public NYXRunnable {
   bool isShutdownRequested() const;
   void setShutdownRequested(bool requested);
   void setEnded();
+  void notify() noexcept;
 
   long listen();
   long serveInstances(void* securityAttributes);
@@ -64,6 +65,7 @@ class TESSEL_API IPCClientConnectionListener : public NYXRunnable {
   void reject(Instance instance, const std::string& message);
   bool isFull() const;
   bool makeRoom();
+  bool hasLeavingWorker() const;
   void reapFinishedWorkers();
   void startWorker(Instance instance);
   void stopWorkers();

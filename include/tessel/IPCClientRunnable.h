@@ -9,6 +9,7 @@
 namespace tessel {
 
 class IPCListener;
+class NYXThreadImpl;
 class NYXThreadSync;
 class RasDescriptor;
 
@@ -25,7 +26,8 @@ class TESSEL_API IPCClientRunnable : public NYXRunnable {
   IPCClientRunnable(const std::string& serviceName, void* pipeHandle, IPCListener& listener);
   /// The copy has a monitor of its own.
   IPCClientRunnable(const IPCClientRunnable& other);
-  IPCClientRunnable& operator=(const IPCClientRunnable& other) = delete;
+  /// Copies everything but the monitor, which stays this object's own.
+  IPCClientRunnable& operator=(const IPCClientRunnable& other);
   ~IPCClientRunnable() override;
 
   /// @return the system's error number that ended the worker: 109 after the client left, 0 after shutdown().
@@ -41,6 +43,12 @@ class TESSEL_API IPCClientRunnable : public NYXRunnable {
   /// Any thread.
   Activity getActivity() const;
 
+  /// Cancels what the worker is blocked in, provided that it is at `activity`: it cannot go on to anything else
+  /// meanwhile, so that nothing but that is ever cancelled. Any other thread.
+  ///
+  /// @param thread the one that runs this worker. @return whether the worker is at `activity`.
+  bool cancelAt(Activity activity, NYXThreadImpl& thread);
+
   /// @return whether the calling thread is a worker of that service.
   static bool isServing(const std::string& serviceName);
 
@@ -51,15 +59,16 @@ class TESSEL_API IPCClientRunnable : public NYXRunnable {
   bool setShutdownRequested(bool requested);
   void setActivity(Activity activity);
   long exchangeUntilEnd(Buffer& buffer);
-  long read(Buffer& buffer);
+  bool read(Buffer& buffer, long& result);
   void answer(Buffer& buffer);
-  long write(const Buffer& buffer);
+  bool write(const Buffer& buffer, long& result);
+  void flush();
 
   static const RasDescriptor rd;
 
   std::string serviceName_;
-  void* const pipeHandle_;
-  IPCListener& listener_;
+  void* pipeHandle_;
+  IPCListener* listener_;
   bool shutdownRequested_ = false;         // guarded by sync_
   bool processingMessage_ = false;         // guarded by sync_
   Activity activity_ = Activity::reading;  // guarded by sync_

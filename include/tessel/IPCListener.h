@@ -18,7 +18,8 @@ class TESSEL_API IPCListener {
   ///
   /// @return the reply.
   /// @throws NYXException the client then gets a reply with the request's id, status 1 and the exception's message.
-  ///         No other exception may leave: it would end the process.
+  ///         A standard exception is a defect of the listener: it is reported to the event log and captured, and the
+  ///         client loses its connection without a reply. Anything else that leaves ends the process.
   virtual IPCMessage onMessage(const IPCMessage& request) = 0;
 };
 

@@ -44,7 +44,7 @@ class TESSEL_API IPCServer : public IPC {
  protected:
   IPCServer(const std::string& name, IPCListener& listener, int maxConnections, const std::string& adminGroupName);
 
-  int getMaxConnections();
+  int getMaxConnections() const;
   std::string getAdminGroupName() const;
 
  private:

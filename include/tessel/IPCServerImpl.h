@@ -28,7 +28,8 @@ class TESSEL_API IPCServerImpl : public IPCServer {
 
   void startListening();
   void endListening();
-  void discard() noexcept;
+  void disconnectUnlessServing();
+  void discard(const char* method) noexcept;
 
   static const RasDescriptor rd;
 

@@ -23,7 +23,7 @@ class TESSEL_API LogHandler {
   explicit LogHandler(const LogLevel& level);
   LogHandler(const LogHandler& other) = delete;
   LogHandler& operator=(const LogHandler& other) = delete;
-  /// Remove the handler from its loggers first.
+  /// Remove the handler from its loggers first. Never from inside its own publish().
   virtual ~LogHandler();
 
   virtual void publish(LogRecord& record) = 0;

@@ -5,6 +5,10 @@
 
 namespace tessel {
 
+namespace internal {
+class MethodTrace;
+}
+
 class RasDescriptor;
 
 /// The Windows thread.
@@ -39,7 +43,7 @@ class TESSEL_API NYXThreadImpl : public NYXThread {
 
  private:
   static unsigned long clientThreadWrapper(void* runnable) noexcept;
-  unsigned long waitFor(unsigned long milliseconds, const char* method);
+  bool waitFor(unsigned long milliseconds, const internal::MethodTrace& trace);
 
   static const RasDescriptor rd;
 

@@ -7,7 +7,7 @@ namespace tessel {
 
 class NYXThreadSync;
 
-/// Holds a monitor for a scope.
+/// Holds a monitor for a scope. Not copyable: a copy would unlock what it never locked.
 class TESSEL_API Synchronize {
  public:
   /// @param sync locked at once; not owned. Null makes the guard do nothing.

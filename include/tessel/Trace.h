@@ -7,6 +7,7 @@
 #include <memory>
 #include <stack>
 #include <string>
+#include <type_traits>
 
 #include <tessel/Export.h>
 #include <tessel/TraceLevel.h>
@@ -42,6 +43,7 @@ class TESSEL_API Trace {
   template <class... Texts>
   static void entry(const RasDescriptor& descriptor, const void* object, const char* methodName,
                     const Texts&... arguments) {
+    static_assert((std::is_same_v<Texts, std::string> && ...), "an argument of trace is a std::string");
     getInstance().traceMethodEntry(descriptor, object, methodName, static_cast<int>(sizeof...(arguments)),
                                    &arguments...);
   }
@@ -57,6 +59,7 @@ class TESSEL_API Trace {
   template <class... Texts>
   static void data(const RasDescriptor& descriptor, const TraceLevel& level, const void* object, const char* methodName,
                    const Texts&... arguments) {
+    static_assert((std::is_same_v<Texts, std::string> && ...), "an argument of trace is a std::string");
     getInstance().traceMethodData(descriptor, level, object, methodName, static_cast<int>(sizeof...(arguments)),
                                   &arguments...);
   }
@@ -89,8 +92,8 @@ class TESSEL_API Trace {
   bool traceMethodThrowing(const RasDescriptor& descriptor, const void* object, const char* methodName,
                            const NYXException* thrown);
 
-  // Forgets the calling thread's stack; ids of ended threads are used again.
-  void dropMethodStack();
+  // Forgets the calling thread's stack, if there was ever any trace; ids of ended threads are used again.
+  static void dropMethodStack() noexcept;
 
   // An exit that could not be taken: its name is popped at the thread's next point.
   static void deferExit();

@@ -5,7 +5,10 @@
 namespace tessel::internal {
 
 void MethodTrace::sendThrowing(const NYXException& exception) const noexcept {
-  if (rd_.isFlowOn()) Trace::throwing(rd_, object_, method_, &exception);
+  try {
+    if (rd_.isFlowOn()) Trace::throwing(rd_, object_, method_, &exception);
+  } catch (...) {  // NOLINT(bugprone-empty-catch): trace never takes the traced code down
+  }
 }
 
 void MethodTrace::leave() noexcept {

@@ -14,7 +14,6 @@
 #include <tessel/NYXException.h>
 #include <tessel/NYXThread.h>
 #include <tessel/NYXThreadSyncImpl.h>
-#include <tessel/RAS.h>
 #include <tessel/RasDescriptor.h>
 
 #include "internal/BuildLevel.h"
@@ -113,10 +112,9 @@ void FFDC::internalCapture(const std::string& className, const void* object, con
   va_end(list);
 }
 
-// Once the log directory is known to the process, the record goes to a file of its own there.
+// There is no log directory yet: the whole record goes into the event log.
 void FFDC::take(const std::string& record) {
   const internal::DiagnosticsLock guard(*lock_);
-  ++captures_;
   if (inProgress_) {
     std::cerr << record << std::flush;
     return;

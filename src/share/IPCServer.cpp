@@ -10,7 +10,7 @@ IPCServer::~IPCServer() = default;
 
 IPCListener& IPCServer::getListener() { return listener_; }
 
-int IPCServer::getMaxConnections() { return maxConnections_; }
+int IPCServer::getMaxConnections() const { return maxConnections_; }
 
 std::string IPCServer::getAdminGroupName() const { return adminGroupName_; }
 

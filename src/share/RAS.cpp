@@ -21,6 +21,7 @@
 namespace tessel {
 
 std::atomic<bool> internal::traceSwitch{false};
+std::atomic<bool> internal::traceEverOn{false};
 
 namespace {
 
@@ -29,7 +30,23 @@ const RasDescriptor rd("RAS", internal::kMessages);
 std::atomic<bool> traceAvailable{false};
 std::atomic<int> debugLevel{TraceLevel::OFF};
 
-void refreshSwitch() { internal::traceSwitch = traceAvailable.load() || debugLevel.load() != TraceLevel::OFF; }
+// Under the lock, so that of two changes the later one decides.
+void refreshSwitch() {
+  const bool on = traceAvailable.load() || debugLevel.load() != TraceLevel::OFF;
+  if (on) internal::traceEverOn = true;
+  internal::traceSwitch = on;
+}
+
+// Outside the singleton, which these queries do not create. Empty until diagnostics are initialised.
+const std::string& traceSpecNamePrefix() {
+  static const std::string& prefix = *new std::string;
+  return prefix;
+}
+
+const std::string& logPath() {
+  static const std::string& path = *new std::string;
+  return path;
+}
 
 // A thread that traces may need both catalogues: they are read before the first trace point can be on.
 void fetchCatalogues() {
@@ -77,9 +94,7 @@ bool relativeName(const std::string& name, const std::string& prefix, std::strin
 struct RAS::State {
   NYXThreadSyncImpl lock;
   std::atomic<RASEnvironment::RASEnvironmentValue> environment{RASEnvironment::UNSPECIFIED};
-  std::string traceSpecNamePrefix;              // set before trace is available
   std::map<std::string, Logger*> traceLoggers;  // guarded by lock
-  std::string logPath;                          // set before trace is available
 };
 
 RAS::RAS() : state_(new State) {}
@@ -146,7 +161,7 @@ void RAS::addFullTrace(const std::string& names) {
 
 void RAS::addLogger(const std::string& name, const LogLevel& level) {
   std::string key;
-  if (!relativeName(name, state_->traceSpecNamePrefix, key)) return;
+  if (!relativeName(name, traceSpecNamePrefix(), key)) return;
   Logger* logger = Logger::getLogger(key);
   logger->setLevel(level);
   state_->traceLoggers.emplace(key, logger);
@@ -172,6 +187,7 @@ LogLevel RAS::getLevel(const std::string& word) {
 
 void RAS::setDebugLevel(const TraceLevel& level) {
   fetchCatalogues();
+  const internal::DiagnosticsLock guard(getInstance().state_->lock);
   debugLevel = level.getValue();
   refreshSwitch();
 }
@@ -184,8 +200,8 @@ bool RAS::isTraceAvailable() { return traceAvailable.load(std::memory_order_rela
 
 RASEnvironment RAS::getEnvironment() { return getInstance().state_->environment.load(); }
 
-const std::string& RAS::getLogPath() { return getInstance().state_->logPath; }
+const std::string& RAS::getLogPath() { return logPath(); }
 
-std::string RAS::getTraceSpecNamePrefix() { return getInstance().state_->traceSpecNamePrefix; }
+std::string RAS::getTraceSpecNamePrefix() { return traceSpecNamePrefix(); }
 
 }  // namespace tessel

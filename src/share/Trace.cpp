@@ -20,6 +20,7 @@
 
 #include "internal/Bundles.h"
 #include "internal/DiagnosticsLock.h"
+#include "internal/TraceSwitch.h"
 
 namespace tessel {
 namespace {
@@ -150,10 +151,15 @@ void Trace::unlockTrace() {
   lock_->unlock();
 }
 
-void Trace::dropMethodStack() {
+void Trace::dropMethodStack() noexcept {
   deferredExits = 0;
-  const Guard guard(*this);
-  if (guard.taken()) removeMethodStack(NYXThread::getCurrentThreadId());
+  if (!internal::traceWasEverOn()) return;
+  try {
+    Trace& trace = getInstance();
+    const Guard guard(trace);
+    if (guard.taken()) trace.removeMethodStack(NYXThread::getCurrentThreadId());
+  } catch (...) {  // NOLINT(bugprone-empty-catch): trace never takes a thread down
+  }
 }
 
 void Trace::deferExit() { ++deferredExits; }
@@ -173,7 +179,9 @@ Trace::MethodStack* Trace::getMethodStack(unsigned long threadId) {
   return stack.get();
 }
 
-void Trace::removeMethodStack(unsigned long threadId) { methodStacks_->erase(threadId); }
+void Trace::removeMethodStack(unsigned long threadId) {
+  if (methodStacks_) methodStacks_->erase(threadId);
+}
 
 std::string Trace::generateIndent(unsigned long long depth) {
   constexpr unsigned long long kMark = 5;

@@ -1,5 +1,6 @@
 #include <tessel/IPCClientConnectionListener.h>
 
+#include <algorithm>
 #include <exception>
 
 #include <tessel/EventLog.h>
@@ -33,6 +34,7 @@ constexpr unsigned long kWakeUpWait = 100;        // ms: the wake-up client wait
 constexpr unsigned kFailuresBeforePause = 3;      // failing accepts in a row
 constexpr long kPause = 100;                      // ms, ended by a stop
 constexpr unsigned long kLeaveWait = 50;          // ms for a worker whose client has left
+constexpr unsigned long kNoticeWait = 10;         // ms for a worker to notice that its client has left
 constexpr unsigned long long kWriteGrace = 2000;  // ms for a client that does not read its reply
 constexpr unsigned long long kReadGrace = 5000;   // ms for a cancelled read to end
 
@@ -52,6 +54,7 @@ struct IPCClientConnectionListener::Worker {
   Instance instance;
   IPCClientRunnable runnable;
   NYXThreadImpl thread;
+  bool terminated = false;
 
   Worker(const std::string& serviceName, HANDLE pipe, IPCListener& listener)
       : runnable(serviceName, pipe, listener), thread(&runnable) {}
@@ -91,8 +94,10 @@ IPCClientConnectionListener& IPCClientConnectionListener::operator=(const IPCCli
   serviceName_ = other.serviceName_;
   maxConnections_ = other.maxConnections_;
   errorMessage_.clear();
-  setShutdownRequested(false);
-  setRunning(false);
+  sync_ = std::make_unique<NYXThreadSyncImpl>();
+  running_ = false;
+  ended_ = false;
+  shutdownRequested_ = false;
   return *this;
 }
 
@@ -135,7 +140,11 @@ long IPCClientConnectionListener::run() {
   const End end{*this, trace};
   try {
     return trace.result(listen());
+  } catch (const NYXException& exception) {
+    errorMessage_ = exception.getMessage();
+    throw;
   } catch (const std::exception& exception) {
+    errorMessage_ = exception.what();
     throw trace.thrown(NYXException(exception.what()));
   }
 }
@@ -229,15 +238,23 @@ bool IPCClientConnectionListener::isFull() const {
   return maxConnections_ >= 0 && clientThreads_.size() >= static_cast<std::size_t>(maxConnections_);
 }
 
-// A client that leaves and comes back at once must not be refused for its own dying worker.
+// A client that leaves and comes back at once must not be refused for its own dying worker: workers that have left
+// their read for good are waited for, and each gets a few milliseconds to notice that its client has left.
 bool IPCClientConnectionListener::makeRoom() {
   reapFinishedWorkers();
-  const ULONGLONG end = GetTickCount64() + kLeaveWait;
-  while (isFull() && maxConnections_ > 0 && GetTickCount64() < end && !isShutdownRequested()) {
+  const ULONGLONG start = GetTickCount64();
+  while (isFull() && maxConnections_ > 0 && !isShutdownRequested()) {
+    if (GetTickCount64() - start >= (hasLeavingWorker() ? kLeaveWait : kNoticeWait)) break;
     Sleep(1);
     reapFinishedWorkers();
   }
   return !isFull();
+}
+
+bool IPCClientConnectionListener::hasLeavingWorker() const {
+  return std::any_of(clientThreads_.begin(), clientThreads_.end(), [](const std::unique_ptr<Worker>& worker) {
+    return worker->runnable.getActivity() == IPCClientRunnable::Activity::leaving;
+  });
 }
 
 void IPCClientConnectionListener::reapFinishedWorkers() {
@@ -249,15 +266,15 @@ void IPCClientConnectionListener::reapFinishedWorkers() {
 }
 
 void IPCClientConnectionListener::startWorker(Instance instance) {
-  std::unique_ptr<Worker> worker;
   try {
-    worker = std::make_unique<Worker>(serviceName_, instance.handle.get(), *listener_);
-    worker->instance = std::move(instance);
-    worker->thread.start();
-    clientThreads_.push_back(std::move(worker));
+    clientThreads_.push_back(std::make_unique<Worker>(serviceName_, instance.handle.get(), *listener_));
+    clientThreads_.back()->thread.start();
+    clientThreads_.back()->instance = std::move(instance);
   } catch (const NYXException& exception) {
-    reject(std::move(worker ? worker->instance : instance),
-           NLS::format(rd, "KTBNV0088_THREAD_START_FAILED", serviceName_, exception.getMessage()));
+    const bool listed =
+        !clientThreads_.empty() && clientThreads_.back()->runnable.getPipeHandle() == instance.handle.get();
+    if (listed) clientThreads_.pop_back();
+    reject(std::move(instance), NLS::format(rd, "KTBNV0088_THREAD_START_FAILED", serviceName_, exception.getMessage()));
   }
 }
 
@@ -286,17 +303,22 @@ bool succeeds(const RasDescriptor& rd, Action action) noexcept {
 // A thread is terminated only when its cancelled read does not end: killed inside the heap or a trace point it
 // would freeze the process.
 void IPCClientConnectionListener::stopWorkers() {
+  using Activity = IPCClientRunnable::Activity;
   const MethodTrace trace(rd, this, "stopWorkers");
   for (const auto& worker : clientThreads_) worker->runnable.shutdown();
   const ULONGLONG start = GetTickCount64();
   while (!clientThreads_.empty()) {
     const ULONGLONG waited = GetTickCount64() - start;
     for (const auto& worker : clientThreads_) {
-      const auto activity = worker->runnable.getActivity();
-      const bool reading = activity == IPCClientRunnable::Activity::reading;
-      const bool processing = activity == IPCClientRunnable::Activity::processing;
-      if (reading || (!processing && waited >= kWriteGrace)) worker->thread.cancelBlockedCall();
-      if (reading && waited >= kReadGrace) succeeds(rd, [&] { worker->thread.stop(); });
+      if (worker->terminated) continue;
+      const bool reading = worker->runnable.cancelAt(Activity::reading, worker->thread);
+      if (waited >= kWriteGrace) {
+        worker->runnable.cancelAt(Activity::writing, worker->thread);
+        worker->runnable.cancelAt(Activity::leaving, worker->thread);
+      }
+      if (reading && waited >= kReadGrace && !std::exchange(worker->terminated, true)) {
+        succeeds(rd, [&] { worker->thread.stop(); });
+      }
     }
     if (!succeeds(rd, [&] { clientThreads_.front()->thread.joinFor(1); })) {
       // What its thread may still use is never freed.
@@ -332,7 +354,7 @@ bool IPCClientConnectionListener::isRunning() const {
 void IPCClientConnectionListener::setRunning(bool running) {
   const Synchronize guard(sync_.get());
   running_ = running;
-  sync_->notifyAll();
+  notify();
 }
 
 bool IPCClientConnectionListener::isShutdownRequested() const {
@@ -343,13 +365,22 @@ bool IPCClientConnectionListener::isShutdownRequested() const {
 void IPCClientConnectionListener::setShutdownRequested(bool requested) {
   const Synchronize guard(sync_.get());
   shutdownRequested_ = requested;
-  sync_->notifyAll();
+  notify();
 }
 
 void IPCClientConnectionListener::setEnded() {
   const Synchronize guard(sync_.get());
   ended_ = true;
-  sync_->notifyAll();
+  notify();
+}
+
+// The state is written already: who waits looks again at its time-out when it cannot be woken.
+void IPCClientConnectionListener::notify() noexcept {
+  try {
+    sync_->notifyAll();
+  } catch (const NYXException& exception) {
+    FFDC::capture(rd, "notify", FFDC::PROBE_003(), &exception);
+  }
 }
 
 }  // namespace tessel

@@ -6,6 +6,7 @@
 #include <tessel/EventLog.h>
 #include <tessel/IPCListener.h>
 #include <tessel/NYXException.h>
+#include <tessel/NYXThreadImpl.h>
 #include <tessel/NYXThreadSyncImpl.h>
 #include <tessel/Synchronize.h>
 
@@ -26,6 +27,15 @@ namespace {
 
 thread_local const std::string* servedHere = nullptr;
 
+// Marks the calling thread as a worker of that service.
+class Serving {
+ public:
+  explicit Serving(const std::string& serviceName) { servedHere = &serviceName; }
+  ~Serving() { servedHere = nullptr; }
+  Serving(const Serving&) = delete;
+  Serving& operator=(const Serving&) = delete;
+};
+
 }  // namespace
 
 // Request and reply; what lies behind the request is zero when it is parsed.
@@ -35,7 +45,7 @@ struct IPCClientRunnable::Buffer {
 };
 
 IPCClientRunnable::IPCClientRunnable(const std::string& serviceName, void* pipeHandle, IPCListener& listener)
-    : serviceName_(serviceName), pipeHandle_(pipeHandle), listener_(listener), sync_(new NYXThreadSyncImpl) {
+    : serviceName_(serviceName), pipeHandle_(pipeHandle), listener_(&listener), sync_(new NYXThreadSyncImpl) {
   const MethodTrace trace(rd, this, "IPCClientRunnable", serviceName, static_cast<const void*>(pipeHandle));
 }
 
@@ -49,6 +59,18 @@ IPCClientRunnable::IPCClientRunnable(const IPCClientRunnable& other)
       activity_(other.activity_),
       sync_(new NYXThreadSyncImpl) {}
 
+IPCClientRunnable& IPCClientRunnable::operator=(const IPCClientRunnable& other) {
+  if (this == &other) return *this;
+  serviceName_ = other.serviceName_;
+  pipeHandle_ = other.pipeHandle_;
+  listener_ = other.listener_;
+  const Synchronize guard(sync_);
+  shutdownRequested_ = other.shutdownRequested_;
+  processingMessage_ = other.processingMessage_;
+  activity_ = other.activity_;
+  return *this;
+}
+
 IPCClientRunnable::~IPCClientRunnable() {
   const MethodTrace trace(rd, this, "~IPCClientRunnable");
   delete sync_;
@@ -56,12 +78,12 @@ IPCClientRunnable::~IPCClientRunnable() {
 
 long IPCClientRunnable::run() {
   MethodTrace trace(rd, this, "run", serviceName_);
-  servedHere = &serviceName_;
+  const Serving serving(serviceName_);
   Buffer buffer;
   try {
     const long result = exchangeUntilEnd(buffer);
     setActivity(Activity::leaving);
-    FlushFileBuffers(pipeHandle_);
+    flush();
     return trace.result(result);
   } catch (const std::exception& exception) {
     // The client must not wait for a reply that never comes.
@@ -72,39 +94,40 @@ long IPCClientRunnable::run() {
 }
 
 long IPCClientRunnable::exchangeUntilEnd(Buffer& buffer) {
+  long result = NO_ERROR;
   while (!isShutdownRequested()) {
-    long result = read(buffer);
-    if (result != NO_ERROR) return result;
+    if (!read(buffer, result)) break;
     answer(buffer);
-    result = write(buffer);
-    if (result != NO_ERROR) return result;
+    if (!write(buffer, result)) break;
     setActivity(Activity::reading);
   }
-  return NO_ERROR;
+  return result;
 }
 
-// A message longer than the buffer is reported and then answered from its beginning.
-long IPCClientRunnable::read(Buffer& buffer) {
-  MethodTrace trace(rd, this, "read");
+// A message longer than the buffer is reported and then answered from its beginning. The last error is cleared first:
+// a message of no bytes leaves no number, is reported once and ends the worker.
+bool IPCClientRunnable::read(Buffer& buffer, long& result) {
+  const MethodTrace trace(rd, this, "read");
   buffer.bytes.fill(0);
   buffer.length = 0;
   SetLastError(NO_ERROR);
   const bool done =
-      ReadFile(pipeHandle_, buffer.bytes.data(), IPCMessage::MAX_MESSAGE_DATA_LEN, &buffer.length, nullptr);
+      ReadFile(pipeHandle_, buffer.bytes.data(), IPCMessage::MAX_MESSAGE_DATA_LEN, &buffer.length, nullptr) != 0;
   const LastError error;
   setActivity(Activity::processing);
-  if (done && buffer.length > 0) return NO_ERROR;
+  if (done && buffer.length > 0) return true;
   if (error.number() == ERROR_BROKEN_PIPE) {
     trace.data(TraceLevel::MODERATE, "client disconnected");
-    return ERROR_BROKEN_PIPE;
+    result = ERROR_BROKEN_PIPE;
+    return false;
   }
   const bool cancelledByStop = error.number() == ERROR_OPERATION_ABORTED && isShutdownRequested();
   if (!cancelledByStop) {
     EventLog::errorNoFormat(rd, NLS::format(rd, "KTBNV0085_READ_FAILED", serviceName_, error.text()));
   }
-  if (error.number() == ERROR_MORE_DATA) return NO_ERROR;
-  // A message of no bytes leaves no error number, and ends the worker all the same.
-  return error.number() == NO_ERROR ? ERROR_NO_DATA : static_cast<long>(error.number());
+  if (error.number() == ERROR_MORE_DATA) return true;
+  result = static_cast<long>(error.number());
+  return false;
 }
 
 void IPCClientRunnable::answer(Buffer& buffer) {
@@ -114,7 +137,7 @@ void IPCClientRunnable::answer(Buffer& buffer) {
   try {
     const IPCMessage request(buffer.bytes.data(), buffer.length);
     id = request.getMessageId();
-    listener_.onMessage(request).getMessageBytes(buffer.bytes.data(), &length);
+    listener_->onMessage(request).getMessageBytes(buffer.bytes.data(), &length);
   } catch (const NYXException& exception) {
     trace.data(TraceLevel::MODERATE, "message processing failed", exception);
     IPCMessage(id, IPCMessage::STATUS_EXCEPTION, exception.getMessage()).getMessageBytes(buffer.bytes.data(), &length);
@@ -122,16 +145,26 @@ void IPCClientRunnable::answer(Buffer& buffer) {
   buffer.length = static_cast<DWORD>(length);
 }
 
-long IPCClientRunnable::write(const Buffer& buffer) {
+bool IPCClientRunnable::write(const Buffer& buffer, long& result) {
   const MethodTrace trace(rd, this, "write");
   setActivity(Activity::writing);
   DWORD written = 0;
   SetLastError(NO_ERROR);
-  const bool done = WriteFile(pipeHandle_, buffer.bytes.data(), buffer.length, &written, nullptr);
+  const bool done = WriteFile(pipeHandle_, buffer.bytes.data(), buffer.length, &written, nullptr) != 0;
   const LastError error;
-  if (done && written == buffer.length) return NO_ERROR;
+  if (done && written == buffer.length) return true;
   EventLog::errorNoFormat(rd, NLS::format(rd, "KTBNV0086_WRITE_FAILED", serviceName_, error.text()));
-  return error.number() == NO_ERROR ? ERROR_WRITE_FAULT : static_cast<long>(error.number());
+  result = static_cast<long>(error.number());
+  return false;
+}
+
+// A flush that a stop had to cancel is a reply that its client never read.
+void IPCClientRunnable::flush() {
+  const MethodTrace trace(rd, this, "flush");
+  if (FlushFileBuffers(pipeHandle_)) return;
+  const LastError error;
+  if (error.number() != ERROR_OPERATION_ABORTED) return;
+  EventLog::errorNoFormat(rd, NLS::format(rd, "KTBNV0086_WRITE_FAILED", serviceName_, error.text()));
 }
 
 bool IPCClientRunnable::shutdown() {
@@ -144,6 +177,13 @@ void* const& IPCClientRunnable::getPipeHandle() const { return pipeHandle_; }
 IPCClientRunnable::Activity IPCClientRunnable::getActivity() const {
   const Synchronize guard(sync_);
   return activity_;
+}
+
+bool IPCClientRunnable::cancelAt(Activity activity, NYXThreadImpl& thread) {
+  const Synchronize guard(sync_);
+  if (activity_ != activity) return false;
+  thread.cancelBlockedCall();
+  return true;
 }
 
 bool IPCClientRunnable::isServing(const std::string& serviceName) { return servedHere && *servedHere == serviceName; }

@@ -41,11 +41,7 @@ IPCServerImpl::IPCServerImpl(const std::string& name, IPCListener& listener, int
 
 IPCServerImpl::~IPCServerImpl() {
   const MethodTrace trace(rd, this, "~IPCServerImpl");
-  try {
-    if (listenerThread_) disconnect();
-  } catch (const NYXException& exception) {
-    FFDC::capture(rd, "~IPCServerImpl", FFDC::PROBE_003(), &exception);
-  }
+  if (listenerThread_) discard("~IPCServerImpl");
 }
 
 void IPCServerImpl::connect() {
@@ -58,7 +54,7 @@ void IPCServerImpl::connect() {
   try {
     startListening();
   } catch (const NYXException& exception) {
-    discard();
+    discard("connect");
     throw NYXException(exception);
   }
 }
@@ -81,13 +77,13 @@ void IPCServerImpl::startListening() {
 }
 
 // What started must end before it is deleted. A thread that cannot be waited for keeps its objects.
-void IPCServerImpl::discard() noexcept {
+void IPCServerImpl::discard(const char* method) noexcept {
   try {
-    if (started_) endListening();
+    if (started_) disconnectUnlessServing();
     listenerThread_.reset();
     connectionListener_.reset();
   } catch (const NYXException& exception) {
-    FFDC::capture(rd, "connect", FFDC::PROBE_004(), &exception);
+    FFDC::capture(rd, method, FFDC::PROBE_003(), &exception);
     static_cast<void>(listenerThread_.release());
     static_cast<void>(connectionListener_.release());
   }
@@ -102,6 +98,12 @@ void IPCServerImpl::disconnect() {
     FFDC::capture(rd, "connect", FFDC::PROBE_002(), &failure);
     throw failure;
   }
+  disconnectUnlessServing();
+}
+
+// A worker that waited for all workers would wait for itself: a programming error, so its text is not translated.
+void IPCServerImpl::disconnectUnlessServing() {
+  const MethodTrace trace(rd, this, "disconnectUnlessServing");
   if (IPCClientRunnable::isServing(getServiceName())) {
     throw trace.thrown(NYXException("IPCServerImpl::disconnect called from within onMessage"));
   }
@@ -124,7 +126,7 @@ void IPCServerImpl::endListening() {
 
 std::ostream& operator<<(std::ostream& stream, const IPCServerImpl& server) {
   return stream << "IPCServer serviceName:" << server.getServiceName()
-                << " adminGroupName:" << server.getAdminGroupName()
+                << " maxConnections:" << server.getMaxConnections() << " adminGroupName:" << server.getAdminGroupName()
                 << " connected:" << (server.listenerThread_ ? "true" : "false");
 }
 

@@ -51,30 +51,29 @@ void NYXThreadImpl::stop() {
 
 void NYXThreadImpl::join() {
   const MethodTrace trace(rd, this, "join");
-  const unsigned long result = waitFor(INFINITE, "join");
-  if (result != WAIT_OBJECT_0) {
-    throw trace.failure<NYXException>("KTBNV0016_WAIT_FOR_THREAD_FAILED2", std::to_string(result));
-  }
+  waitFor(INFINITE, trace);
 }
 
 bool NYXThreadImpl::joinFor(unsigned long milliseconds) {
-  const unsigned long result = waitFor(milliseconds, "joinFor");
+  MethodTrace trace(rd, this, "joinFor", milliseconds);
+  return trace.result(waitFor(milliseconds, trace));
+}
+
+bool NYXThreadImpl::waitFor(unsigned long milliseconds, const MethodTrace& trace) {
+  const DWORD result = WaitForSingleObject(threadHandle_, milliseconds);
+  const LastError error;
   if (result == WAIT_OBJECT_0) return true;
-  if (result == WAIT_TIMEOUT) return false;
-  const MethodTrace trace(rd, this, "joinFor");
+  if (result == WAIT_TIMEOUT && milliseconds != INFINITE) return false;
+  if (result == WAIT_FAILED) {
+    throw trace.failure<NYXException>("KTBNV0015_WAIT_FOR_THREAD_FAILED", error.numberText());
+  }
   throw trace.failure<NYXException>("KTBNV0016_WAIT_FOR_THREAD_FAILED2", std::to_string(result));
 }
 
-unsigned long NYXThreadImpl::waitFor(unsigned long milliseconds, const char* method) {
-  const unsigned long result = WaitForSingleObject(threadHandle_, milliseconds);
-  if (result == WAIT_FAILED) {
-    const LastError error;
-    throw MethodTrace(rd, this, method).failure<NYXException>("KTBNV0015_WAIT_FOR_THREAD_FAILED", error.numberText());
-  }
-  return result;
+bool NYXThreadImpl::isAlive() {
+  MethodTrace trace(rd, this, "isAlive");
+  return trace.result(getExitCode() == STILL_ACTIVE);
 }
-
-bool NYXThreadImpl::isAlive() { return getExitCode() == STILL_ACTIVE; }
 
 long NYXThreadImpl::getExitCode() {
   MethodTrace trace(rd, this, "getExitCode");
@@ -121,13 +120,13 @@ unsigned long runReporting(NYXRunnable& runnable, const RasDescriptor& rd, const
 }  // namespace
 
 unsigned long NYXThreadImpl::clientThreadWrapper(void* runnable) noexcept {
-  Trace::getInstance().dropMethodStack();
+  Trace::dropMethodStack();
   unsigned long code = 0;
   {
     MethodTrace trace(rd, nullptr, "clientThreadWrapper", static_cast<const void*>(runnable));
     code = trace.result(runReporting(*static_cast<NYXRunnable*>(runnable), rd, trace));
   }
-  Trace::getInstance().dropMethodStack();
+  Trace::dropMethodStack();
   return code;
 }
 

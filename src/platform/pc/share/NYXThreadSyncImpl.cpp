@@ -95,15 +95,16 @@ struct NYXThreadSyncImpl::State {
   }
 
   // While a notified waiter is on its way back the event must stay set, or that waiter would sleep on.
-  bool beginWait(std::uint64_t& seen) {
+  // Returns the system's error number, taken before the lock is left.
+  DWORD beginWait(std::uint64_t& seen) {
     const WaitersLock guard(waitersSection);
     if (returning == 0 && eventSet) {
-      if (!ResetEvent(event)) return false;
+      if (!ResetEvent(event)) return GetLastError();
       eventSet = false;
     }
     ++waiting;
     seen = notifications;
-    return true;
+    return NO_ERROR;
   }
 
   void endWait(std::uint64_t seen) {
@@ -111,14 +112,15 @@ struct NYXThreadSyncImpl::State {
     --(seen == notifications ? waiting : returning);
   }
 
-  bool notify() {
+  // As beginWait.
+  DWORD notify() {
     const WaitersLock guard(waitersSection);
-    if (!SetEvent(event)) return false;
+    if (!SetEvent(event)) return GetLastError();
     eventSet = true;
     ++notifications;
     returning += waiting;
     waiting = 0;
-    return true;
+    return NO_ERROR;
   }
 };
 
@@ -177,9 +179,9 @@ int NYXThreadSyncImpl::wait(long timeoutMillis) {
   }
   const std::uint32_t held = state_->owner.count();
   std::uint64_t seen = 0;
-  if (!state_->beginWait(seen)) {
-    const LastError error;
-    throw failureOf(rd, this, "wait", "KTBNV0010_UNABLE_TO_RESET_EVENT", error.numberText());
+  const LastError resetError(state_->beginWait(seen));
+  if (resetError.number() != NO_ERROR) {
+    throw failureOf(rd, this, "wait", "KTBNV0010_UNABLE_TO_RESET_EVENT", resetError.numberText());
   }
   for (std::uint32_t i = 0; i < held; ++i) state_->leave();
   const DWORD result = WaitForSingleObject(state_->event, static_cast<DWORD>(timeoutMillis));
@@ -199,8 +201,8 @@ int NYXThreadSyncImpl::wait(long timeoutMillis) {
 void NYXThreadSyncImpl::wait() { wait(-1); }
 
 void NYXThreadSyncImpl::notifyAll() {
-  if (!state_->notify()) {
-    const LastError error;
+  const LastError error(state_->notify());
+  if (error.number() != NO_ERROR) {
     throw failureOf(rd, this, "notifyAll", "KTBNV0009_UNABLE_TO_SET_EVENT", error.numberText());
   }
 }
