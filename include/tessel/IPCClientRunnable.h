@@ -61,8 +61,8 @@ class TESSEL_API IPCClientRunnable : public NYXRunnable {
   long exchangeUntilEnd(Buffer& buffer);
   bool read(Buffer& buffer, long& result);
   void answer(Buffer& buffer);
-  bool write(const Buffer& buffer, long& result);
-  void flush();
+  bool write(Buffer& buffer, long& result);
+  void flush(const Buffer& buffer);
 
   static const RasDescriptor rd;
 

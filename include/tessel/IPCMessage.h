@@ -23,10 +23,11 @@ class RasDescriptor;
 /// On the wire, all integers big-endian: the bytes "NYXI", the header length 8, id, status, text length, text.
 class TESSEL_API IPCMessage {
  public:
-  static constexpr std::int32_t STATUS_SUCCESS = 0;
-  static constexpr std::int32_t STATUS_EXCEPTION = 1;
-  static constexpr std::int32_t STATUS_TIMEOUT = 2;
-  static constexpr std::int32_t STATUS_WARNING = 3;
+  // Not constexpr: inline members of an exported class are not exported, and a reference to one would not link.
+  static const std::int32_t STATUS_SUCCESS = 0;
+  static const std::int32_t STATUS_EXCEPTION = 1;
+  static const std::int32_t STATUS_TIMEOUT = 2;
+  static const std::int32_t STATUS_WARNING = 3;
 
   /// The same values under names that no Windows macro takes.
   struct MessageStatus {
@@ -37,9 +38,9 @@ class TESSEL_API IPCMessage {
   };
 
   /// Longest text in bytes.
-  static constexpr std::uint32_t MAX_MESSAGE_TEXT_LEN = 1024;
+  static const std::uint32_t MAX_MESSAGE_TEXT_LEN = 1024;
   /// Longest message in bytes: 20 bytes of header and the longest text.
-  static constexpr std::uint32_t MAX_MESSAGE_DATA_LEN = 1044;
+  static const std::uint32_t MAX_MESSAGE_DATA_LEN = 1044;
 
   /// Id -1, status 0, empty text.
   IPCMessage();

@@ -22,6 +22,13 @@ using internal::writeBigEndian;
 
 }  // namespace
 
+const std::int32_t IPCMessage::STATUS_SUCCESS;
+const std::int32_t IPCMessage::STATUS_EXCEPTION;
+const std::int32_t IPCMessage::STATUS_TIMEOUT;
+const std::int32_t IPCMessage::STATUS_WARNING;
+const std::uint32_t IPCMessage::MAX_MESSAGE_TEXT_LEN;
+const std::uint32_t IPCMessage::MAX_MESSAGE_DATA_LEN;
+
 const RasDescriptor IPCMessage::rd("IPCMessage", internal::kMessages);
 
 IPCMessage::IPCMessage() = default;

@@ -218,7 +218,8 @@ std::string Trace::generateMethodExitIndent(unsigned long threadId, const char* 
     text = generateIndent(stack->size());
     stack->pop();
   } else {
-    text = unbalancedExit(*stack, methodName) + generateIndent(stack->size() + 1);
+    text = unbalancedExit(*stack, methodName);
+    text += generateIndent(stack->size() + 1);
   }
   if (stack->empty()) removeMethodStack(threadId);
   return text + " } ";

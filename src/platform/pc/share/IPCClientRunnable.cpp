@@ -42,6 +42,7 @@ class Serving {
 struct IPCClientRunnable::Buffer {
   std::array<unsigned char, IPCMessage::MAX_MESSAGE_DATA_LEN + internal::kReadAhead> bytes{};
   DWORD length = 0;
+  bool replyLost = false;  // and reported
 };
 
 IPCClientRunnable::IPCClientRunnable(const std::string& serviceName, void* pipeHandle, IPCListener& listener)
@@ -83,7 +84,7 @@ long IPCClientRunnable::run() {
   try {
     const long result = exchangeUntilEnd(buffer);
     setActivity(Activity::leaving);
-    flush();
+    flush(buffer);
     return trace.result(result);
   } catch (const std::exception& exception) {
     // The client must not wait for a reply that never comes.
@@ -145,7 +146,7 @@ void IPCClientRunnable::answer(Buffer& buffer) {
   buffer.length = static_cast<DWORD>(length);
 }
 
-bool IPCClientRunnable::write(const Buffer& buffer, long& result) {
+bool IPCClientRunnable::write(Buffer& buffer, long& result) {
   const MethodTrace trace(rd, this, "write");
   setActivity(Activity::writing);
   DWORD written = 0;
@@ -154,16 +155,17 @@ bool IPCClientRunnable::write(const Buffer& buffer, long& result) {
   const LastError error;
   if (done && written == buffer.length) return true;
   EventLog::errorNoFormat(rd, NLS::format(rd, "KTBNV0086_WRITE_FAILED", serviceName_, error.text()));
+  buffer.replyLost = true;
   result = static_cast<long>(error.number());
   return false;
 }
 
 // A flush that a stop had to cancel is a reply that its client never read.
-void IPCClientRunnable::flush() {
+void IPCClientRunnable::flush(const Buffer& buffer) {
   const MethodTrace trace(rd, this, "flush");
   if (FlushFileBuffers(pipeHandle_)) return;
   const LastError error;
-  if (error.number() != ERROR_OPERATION_ABORTED) return;
+  if (error.number() != ERROR_OPERATION_ABORTED || buffer.replyLost) return;
   EventLog::errorNoFormat(rd, NLS::format(rd, "KTBNV0086_WRITE_FAILED", serviceName_, error.text()));
 }
 

@@ -1,0 +1,259 @@
+// The English catalogues against the sources: every message that can be shown has a text, with a place for each insert.
+#include <gtest/gtest.h>
+
+#include <map>
+#include <regex>
+#include <set>
+#include <sstream>
+
+#include "host/SourceText.h"
+#include "internal/CatalogueFile.h"
+
+namespace tessel::host {
+namespace {
+
+const fs::path kMessagesFile = kSourceTree / "resources/messages/KTBNVMessages.properties";
+const fs::path kElementsFile = kSourceTree / "resources/messages/KTBNVElements.properties";
+
+struct Entry {
+  std::string key;
+  std::string text;
+};
+
+// The entries as they stand in the file; a line that is none becomes an entry without a key.
+std::vector<Entry> entriesOf(const std::string& file) {
+  std::vector<Entry> entries;
+  std::istringstream stream(file);
+  for (std::string line; std::getline(stream, line);) {
+    if (line.empty() || line.front() == '#') continue;
+    const std::size_t equals = line.find('=');
+    const bool isEntry = equals != std::string::npos && equals > 0;
+    entries.push_back(isEntry ? Entry{line.substr(0, equals), line.substr(equals + 1)} : Entry{"", line});
+  }
+  return entries;
+}
+
+internal::Messages loaded(const fs::path& path) {
+  std::istringstream file(readFile(path));
+  return internal::readCatalogue(file);
+}
+
+// The numbers of the placeholders in the order of the text; -1 for a brace that belongs to none.
+std::vector<int> placeholders(const std::string& text) {
+  std::vector<int> numbers;
+  for (std::size_t at = text.find_first_of("{}"); at != std::string::npos; at = text.find_first_of("{}", at + 1)) {
+    const bool is =
+        text.size() > at + 2 && text[at] == '{' && text[at + 1] >= '0' && text[at + 1] <= '9' && text[at + 2] == '}';
+    numbers.push_back(is ? text[at + 1] - '0' : -1);
+    if (is) at += 2;
+  }
+  return numbers;
+}
+
+bool countFromZero(std::vector<int> numbers) {
+  std::sort(numbers.begin(), numbers.end());
+  for (std::size_t i = 0; i < numbers.size(); ++i) {
+    if (numbers[i] != static_cast<int>(i)) return false;
+  }
+  return true;
+}
+
+bool formats(const Call& call) { return call.callee == "format" || call.callee == "failure"; }
+
+std::size_t insertsBehindKey(const Call& call) { return call.arguments.size() - call.argument - 1; }
+
+// A helper that formats the key it is given: how many inserts it passes.
+std::optional<std::size_t> insertsOfHelper(const std::string& source, const std::string& name) {
+  const std::regex definition("\\b" + name + R"((\s*=\s*\[[^\]]*\]\s*)?\([^(){};]*\bconst\s+char\s*\*\s*key\b)");
+  std::smatch match;
+  if (!std::regex_search(source, match, definition)) return std::nullopt;
+  const std::regex use(R"(\bkey\b)");
+  const auto body = source.begin() + match.position() + match.length();
+  for (std::sregex_iterator i(body, source.end(), use), end; i != end; ++i) {
+    const auto call = enclosingCall(source, static_cast<std::size_t>(body - source.begin() + i->position()));
+    if (call && formats(*call)) return insertsBehindKey(*call);
+  }
+  return std::nullopt;
+}
+
+struct Use {
+  std::string key;
+  std::string place;
+  std::optional<std::size_t> inserts;  // nothing: no call that formats
+};
+
+std::vector<Use> usesIn(const std::string& source, const fs::path& file) {
+  std::vector<Use> uses;
+  const std::regex literal(R"rx("(KTBNV[0-9A-Z_]*)")rx");
+  for (std::sregex_iterator i(source.begin(), source.end(), literal), end; i != end; ++i) {
+    const auto at = static_cast<std::size_t>(i->position());
+    Use use{(*i)[1], shown(file, source, at), std::nullopt};
+    if (const auto call = enclosingCall(source, at)) {
+      use.inserts = insertsOfHelper(source, call->callee);
+      if (!use.inserts && formats(*call)) use.inserts = insertsBehindKey(*call);
+    }
+    uses.push_back(use);
+  }
+  return uses;
+}
+
+std::vector<Use> allUses() {
+  std::vector<Use> uses;
+  for (const fs::path& file : sourceFiles({"src", "include"})) {
+    const std::vector<Use> found = usesIn(withoutComments(readFile(file)), file);
+    uses.insert(uses.end(), found.begin(), found.end());
+  }
+  return uses;
+}
+
+std::vector<Use> usesInText(const std::string& source) {
+  return usesIn(withoutComments(source), kSourceTree / "x.cpp");
+}
+
+}  // namespace
+
+TEST(CatalogueGate, CountsTheInsertsOfACallOverLineBreaksAndNestedCalls) {
+  const auto uses =
+      usesInText("throw trace.failure<X<int>>(\"KTBNV0001_A\", f(a, \"b,)\"), // not, these\n  {c, ','},\n 1'000);");
+  ASSERT_EQ(uses.size(), 1U);
+  EXPECT_EQ(uses[0].key, "KTBNV0001_A");
+  EXPECT_EQ(uses[0].inserts, 3U);
+}
+
+TEST(CatalogueGate, CountsTheInsertsOfFormatBehindTheKey) {
+  EXPECT_EQ(usesInText("x(NLS::format(rd, \"KTBNV0001_A\"));")[0].inserts, 0U);
+  EXPECT_EQ(usesInText("x(NLS::format(rd(a, b), c ? \"KTBNV0001_A\" : d, e));")[0].inserts, 1U);
+}
+
+TEST(CatalogueGate, CountsTheInsertsThatAHelperPasses) {
+  const std::string lambda =
+      "const auto tooShort = [&](const char* key, int n) { return trace.failure<X>(key, a(n), b); };\n"
+      "throw tooShort(\"KTBNV0001_A\", 1);";
+  EXPECT_EQ(usesInText(lambda)[0].inserts, 2U);
+  const std::string function =
+      "X failureOf(const R& rd, const char* key,\n const S& insert) { const X x(NLS::format(rd, key, insert)); }\n"
+      "throw failureOf(rd, \"KTBNV0001_A\", f());";
+  EXPECT_EQ(usesInText(function)[0].inserts, 1U);
+  const std::string sameName =
+      "const auto failure = [&trace](const char* key) { return trace.failure<X>(key, error.text()); };\n"
+      "throw failure(\"KTBNV0001_A\");";
+  EXPECT_EQ(usesInText(sameName)[0].inserts, 1U);
+}
+
+TEST(CatalogueGate, SeesAKeyThatNoKnownCallFormats) {
+  EXPECT_EQ(usesInText("show(\"KTBNV0001_A\");")[0].inserts, std::nullopt);
+  EXPECT_EQ(usesInText("const char* k = \"KTBNV0001_A\";")[0].inserts, std::nullopt);
+  EXPECT_TRUE(usesInText("// show(\"KTBNV0001_A\");\n/* \"KTBNV0002_B\" */").empty());
+}
+
+TEST(CatalogueGate, EveryKeyThatTheSourcesUseStandsInItsCatalogue) {
+  const internal::Messages messages = loaded(kMessagesFile);
+  const internal::Messages elements = loaded(kElementsFile);
+  const std::vector<Use> uses = allUses();
+  ASSERT_GT(uses.size(), 30U);
+  for (const Use& use : uses) {
+    const bool isElement = use.key.rfind("KTBNV_", 0) == 0;
+    EXPECT_EQ((isElement ? elements : messages).count(use.key), 1U) << use.place << ": " << use.key;
+  }
+}
+
+TEST(CatalogueGate, EveryCallGivesAnInsertForEachPlaceholder) {
+  internal::Messages texts = loaded(kMessagesFile);
+  texts.merge(loaded(kElementsFile));
+  for (const Use& use : allUses()) {
+    ASSERT_TRUE(use.inserts) << use.place << ": " << use.key << " is not formatted where it stands";
+    EXPECT_EQ(*use.inserts, placeholders(texts[use.key]).size()) << use.place << ": " << use.key;
+  }
+}
+
+TEST(CatalogueGate, EveryMessageNumberThatAHeaderPromisesExists) {
+  std::set<std::string> numbers;
+  constexpr std::size_t kNumberLength = 9;
+  for (const auto& [key, text] : loaded(kMessagesFile)) numbers.insert(key.substr(0, kNumberLength));
+  const std::regex number("KTBNV[0-9]{4}");
+  for (const fs::path& file : sourceFiles({"include"})) {
+    const std::string header = readFile(file);
+    for (std::sregex_iterator i(header.begin(), header.end(), number), end; i != end; ++i) {
+      EXPECT_EQ(numbers.count(i->str()), 1U)
+          << shown(file, header, static_cast<std::size_t>(i->position())) << ": " << i->str();
+    }
+  }
+}
+
+TEST(CatalogueGate, CataloguesAreAsciiWithPlainLineEnds) {
+  for (const fs::path& path : {kMessagesFile, kElementsFile}) {
+    const std::string file = readFile(path);
+    ASSERT_FALSE(file.empty());
+    EXPECT_EQ(file.back(), '\n') << path;
+    for (std::size_t i = 0; i < file.size(); ++i) {
+      const bool isText = file[i] == '\n' || (file[i] >= ' ' && file[i] <= '~');
+      ASSERT_TRUE(isText) << shown(path, file, i) << ": byte " << static_cast<int>(file[i]);
+    }
+  }
+}
+
+TEST(CatalogueGate, NoKeyIsDefinedTwiceAndEachHasAText) {
+  for (const fs::path& path : {kMessagesFile, kElementsFile}) {
+    std::set<std::string> keys;
+    for (const Entry& entry : entriesOf(readFile(path))) {
+      EXPECT_FALSE(entry.key.empty()) << "no entry: " << entry.text;
+      EXPECT_TRUE(keys.insert(entry.key).second) << entry.key;
+      EXPECT_FALSE(trimmed(entry.text).empty()) << entry.key;
+      EXPECT_EQ(entry.text, trimmed(entry.text)) << entry.key;
+      EXPECT_NE(entry.text.back(), '\\') << entry.key;
+    }
+  }
+}
+
+TEST(CatalogueGate, KeysAreNumberedMessagesOrElements) {
+  const std::regex message("KTBNV[0-9]{4}_[A-Z0-9_]+(\\.explanation|\\.useraction)?");
+  for (const Entry& entry : entriesOf(readFile(kMessagesFile))) {
+    EXPECT_TRUE(std::regex_match(entry.key, message)) << entry.key;
+  }
+  const std::regex element("KTBNV_[A-Z0-9_]+");
+  for (const Entry& entry : entriesOf(readFile(kElementsFile))) {
+    EXPECT_TRUE(std::regex_match(entry.key, element)) << entry.key;
+  }
+}
+
+TEST(CatalogueGate, EachMessageHasAnExplanationAndAUserAction) {
+  std::map<std::string, std::string> texts;
+  for (const Entry& entry : entriesOf(readFile(kMessagesFile))) texts.emplace(entry.key, entry.text);
+  const internal::Messages messages = loaded(kMessagesFile);
+  EXPECT_EQ(texts.size(), 3 * messages.size());
+  for (const auto& [key, text] : messages) {
+    EXPECT_EQ(texts[key], text);
+    EXPECT_FALSE(texts[key + ".explanation"].empty()) << key;
+    EXPECT_FALSE(texts[key + ".useraction"].empty()) << key;
+  }
+}
+
+TEST(CatalogueGate, EachMessageStartsWithItsNumberAndSeverity) {
+  constexpr std::size_t kNumberLength = 9;
+  for (const auto& [key, text] : loaded(kMessagesFile)) {
+    const std::regex start(key.substr(0, kNumberLength) + "[EWI]: \\S.*");
+    EXPECT_TRUE(std::regex_match(text, start)) << key;
+  }
+}
+
+TEST(CatalogueGate, PlaceholdersCountFromZeroWithoutGapsAndStandOnce) {
+  EXPECT_TRUE(countFromZero(placeholders("none")));
+  EXPECT_TRUE(countFromZero(placeholders("{1} before {0}")));
+  for (const char* wrong : {"{1}", "{0} {2}", "{0} {0}", "{}", "{0", "0}", "{00}", "{a}"}) {
+    EXPECT_FALSE(countFromZero(placeholders(wrong))) << wrong;
+  }
+  for (const fs::path& path : {kMessagesFile, kElementsFile}) {
+    for (const auto& [key, text] : loaded(path)) EXPECT_TRUE(countFromZero(placeholders(text))) << key;
+  }
+}
+
+TEST(CatalogueGate, ApostrophesAreWrittenTwice) {
+  const std::regex single("(^|[^'])'('')*([^']|$)");
+  EXPECT_TRUE(std::regex_search("don't", single));
+  EXPECT_FALSE(std::regex_search("''{0}''", single));
+  for (const fs::path& path : {kMessagesFile, kElementsFile}) {
+    for (const auto& [key, text] : loaded(path)) EXPECT_FALSE(std::regex_search(text, single)) << key;
+  }
+}
+
+}  // namespace tessel::host

@@ -1,0 +1,25 @@
+// Ends a test program that hangs, and says in which test.
+#pragma once
+
+#include <gtest/gtest.h>
+
+#include <chrono>
+
+namespace tessel::test {
+
+inline constexpr std::chrono::seconds kTestLimit{60};
+
+// A listener: appended once, before the tests run. A test that runs longer than its limit is named on standard
+// error and the process ends with code 3.
+class Watchdog : public testing::EmptyTestEventListener {
+public:
+  Watchdog();
+
+  void OnTestStart(const testing::TestInfo& info) override;
+  void OnTestEnd(const testing::TestInfo& info) override;
+};
+
+// Gives the running test another limit, counted from now.
+void setTestLimit(std::chrono::seconds limit);
+
+}  // namespace tessel::test

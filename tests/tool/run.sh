@@ -1,0 +1,305 @@
+#!/usr/bin/env bash
+# Tests of the operators' tool: each case starts the programs that a user would start.
+# usage: tests/tool/run.sh --list | FOLDER_OF_THE_TOOL CASE...
+set -euo pipefail
+source "$(dirname "$0")/../../scripts/lib.sh"
+
+if [ "${1:-}" = --list ]; then
+  sed -n 's/^case_\([a-z0-9_]*\)() {.*/\1/p' tests/tool/run.sh
+  exit 0
+fi
+
+folder=$1
+shift
+own_wine=
+if [ -z "${WINEPREFIX:-}" ]; then
+  wine_start
+  own_wine=yes
+fi
+work=$(mktemp -d)
+server=
+current=
+end() {
+  # The server's own process only: a case that failed half-way leaves it running.
+  [ -z "$server" ] || kill "$server" 2>/dev/null || true
+  rm -rf "$work"
+  [ -z "$own_wine" ] || wine_stop
+}
+trap end EXIT
+
+tesselctl() { timeout -k 5 60 wine "$folder/tesselctl.exe" "$@" 6>&- 7>&- 8>&-; }
+
+# run CODE ARGUMENT...: runs the tool, keeps what it writes in $work/out and $work/err, and expects the exit code.
+run() {
+  local expected=$1 code=0
+  shift
+  tesselctl "$@" >"$work/out" 2>"$work/err" || code=$?
+  [ "$code" = "$expected" ] || fail "tesselctl $*: exit code $code instead of $expected"
+}
+
+fail() {
+  printf '%s: %s\n' "$current" "$*"
+  for file in out err server.err; do
+    [ ! -s "$work/$file" ] || { printf -- '-- %s\n' "$file"; head -n 20 "$work/$file"; }
+  done
+  exit 1
+}
+
+equal() { [ "$2" = "$3" ] || fail "$(printf '%s: expected %q, found %q' "$1" "$2" "$3")"; }
+contains() { grep -qF -- "$2" "$work/$1" || fail "$1 does not contain: $2"; }
+lacks() { ! grep -qF -- "$2" "$work/$1" || fail "$1 contains: $2"; }
+bytes() { od -An -v -tx1 "$1" | tr -d ' \n'; }
+error_line() { equal "first error line" "tesselctl: $1" "$(head -n 1 "$work/err")"; }
+
+# serve ARGUMENT...: starts a server named $service and returns when clients can connect. Its input is descriptor 8.
+serve() {
+  local line=
+  rm -f "$work/ready" "$work/input"
+  mkfifo "$work/ready" "$work/input"
+  wine "$folder/tesselctl.exe" ipc serve "$service" "$@" <"$work/input" >"$work/ready" 2>"$work/server.err" &
+  server=$!
+  exec 8>"$work/input"
+  read -r -t 60 line <"$work/ready" || true
+  equal "the server's ready line" "serving $service" "$line"
+}
+
+# server_ends CODE SUMMARY
+server_ends() {
+  local code=0
+  wait "$server" || code=$?
+  server=
+  equal "the server's exit code" "$1" "$code"
+  equal "the server's summary" "$2" "$(tail -n 1 "$work/server.err")"
+}
+
+stop_serving() { exec 8>&-; }
+
+case_help_goes_to_standard_output_and_names_the_exit_codes() {
+  run 0 --help
+  contains out "Exit codes: 0 success, 1 failure at run time, 2 wrong usage."
+  equal "standard error" "" "$(cat "$work/err")"
+  run 0 ipc serve --help
+  contains out "--max-connections"
+  run 0 ipc send --help
+  contains out "--truncate"
+}
+
+case_version_shows_the_build_level() {
+  run 0 --version
+  grep -qxE 'tesselctl ([0-9]+\.[0-9]+\.[0-9]+), build level \1-[0-9a-z]+' "$work/out" || fail "version line"
+}
+
+case_wrong_usage_exits_with_2() {
+  run 2
+  error_line "A subcommand is required"
+  run 2 ipc
+  error_line "A subcommand is required"
+  run 2 ipc serve
+  error_line "NAME is required"
+  run 2 ipc serve name --transform unknown
+  error_line "--transform: unknown not in {echo,length,lower,refuse,reverse,upper}"
+  run 2 ipc serve name --count -1
+  error_line "--count: Value -1 not in range 0 to 9223372036854775807"
+  run 2 ipc serve name --max-connections 0
+  error_line "--max-connections: Value 0 not in range 1 to 2147483647"
+  run 2 ipc send name --interval -1
+  error_line "--interval: Value -1 not in range 0 to 2147483647"
+  run 2 ipc send name file other
+  error_line "The following argument was not expected: other"
+  equal "standard output" "" "$(cat "$work/out")"
+}
+
+# transformed NAME REPLY
+transformed() {
+  serve --transform "$1" --count 1
+  run 0 ipc send "$service" <<<'Ab c1!Zz'
+  equal "$1" "$2" "$(cat "$work/out")"
+  server_ends 0 "requests: 1, clients: 1"
+}
+
+case_each_transformation_answers() {
+  transformed echo 'Ab c1!Zz'
+  transformed length 8
+  transformed lower 'ab c1!zz'
+  transformed reverse 'zZ!1c bA'
+  transformed upper 'AB C1!ZZ'
+}
+
+case_upper_is_the_default_transformation() {
+  serve --count 1
+  run 0 ipc send "$service" <<<'abc'
+  equal "reply" ABC "$(cat "$work/out")"
+  server_ends 0 "requests: 1, clients: 1"
+}
+
+case_line_ends_are_cut_and_all_other_bytes_kept() {
+  serve --transform echo --count 5
+  printf 'crlf\r\n\ninner\rcr\n\x00\x01\x1a\xff\nlast' >"$work/lines"
+  run 0 ipc send "$service" "$work/lines"
+  printf 'crlf\n\ninner\rcr\n\x00\x01\x1a\xff\nlast\n' >"$work/expected"
+  equal "replies" "$(bytes "$work/expected")" "$(bytes "$work/out")"
+  equal "summary" "requests: 5, failures: 0, sent: 20 bytes, received: 20 bytes" "$(head -n 1 "$work/err")"
+  server_ends 0 "requests: 5, clients: 1"
+}
+
+case_a_dash_and_no_file_mean_standard_input() {
+  serve --count 2
+  run 0 ipc send "$service" - <<<'dash'
+  equal "reply" DASH "$(cat "$work/out")"
+  run 0 ipc send "$service" <<<'none'
+  equal "reply" NONE "$(cat "$work/out")"
+  server_ends 0 "requests: 2, clients: 2"
+}
+
+case_an_empty_file_sends_nothing() {
+  serve --until-eof
+  run 0 ipc send "$service" </dev/null
+  equal "standard output" "" "$(cat "$work/out")"
+  equal "summary" "requests: 0, failures: 0, sent: 0 bytes, received: 0 bytes" "$(cat "$work/err")"
+  stop_serving
+  server_ends 0 "requests: 0, clients: 0"
+}
+
+case_the_summary_has_two_lines_and_quiet_none() {
+  serve --transform length --count 4
+  run 0 ipc send "$service" <<<$'abc\nde'
+  equal "first line" "requests: 2, failures: 0, sent: 5 bytes, received: 2 bytes" "$(sed -n 1p "$work/err")"
+  sed -n 2p "$work/err" | grep -qxE 'round trip: median [0-9]+\.[0-9]{3} ms, 99th percentile [0-9]+\.[0-9]{3} ms' ||
+    fail "second line of the summary"
+  equal "lines" 2 "$(wc -l <"$work/err")"
+  run 0 ipc send "$service" --quiet <<<$'abc\nde'
+  equal "replies" $'3\n2' "$(cat "$work/out")"
+  equal "standard error" "" "$(cat "$work/err")"
+  server_ends 0 "requests: 4, clients: 2"
+}
+
+case_a_line_that_is_too_long_is_refused_by_its_number() {
+  serve --transform length --count 3
+  { printf '%01024d\n' 0; printf '%01025d\n' 0; echo end; } >"$work/lines"
+  run 1 ipc send "$service" "$work/lines"
+  equal "replies" $'1024\n3' "$(cat "$work/out")"
+  error_line "$work/lines:2: the line has 1025 bytes, and a request holds at most 1024"
+  contains err "requests: 2, failures: 1, sent: 1027 bytes"
+  run 0 ipc send "$service" --truncate <<<"$(printf '%02000d' 0)"
+  equal "replies" 1024 "$(cat "$work/out")"
+  server_ends 0 "requests: 3, clients: 2"
+}
+
+case_an_error_reply_is_shown_and_the_next_line_is_sent() {
+  serve --transform refuse --count 2
+  run 1 ipc send "$service" <<<$'one\ntwo'
+  equal "standard output" "" "$(cat "$work/out")"
+  equal "errors" $'tesselctl: standard input:1: status 1: refused: one\ntesselctl: standard input:2: status 1: refused: two' \
+    "$(head -n 2 "$work/err")"
+  contains err "requests: 2, failures: 2, sent: 6 bytes, received: 24 bytes"
+  server_ends 0 "requests: 2, clients: 1"
+}
+
+case_the_server_stops_after_exactly_its_count() {
+  serve --count 2
+  run 1 ipc send "$service" <<<$'one\ntwo\nthree'
+  equal "replies" $'ONE\nTWO' "$(cat "$work/out")"
+  contains err "tesselctl: standard input:3: "
+  contains err "requests: "
+  server_ends 0 "requests: 2, clients: 1"
+}
+
+case_the_server_stops_at_the_end_of_its_input() {
+  serve --until-eof
+  run 0 ipc send "$service" <<<'before'
+  stop_serving
+  server_ends 0 "requests: 1, clients: 1"
+  run 1 ipc send "$service" <<<'after'
+}
+
+case_the_server_stops_when_interrupted() {
+  serve
+  run 0 ipc send "$service" <<<'before'
+  kill -INT "$server"
+  server_ends 0 "requests: 1, clients: 1"
+}
+
+# The first client is connected for certain while the limit is tried: it has had a reply and sends a line afterwards.
+case_a_client_beyond_the_limit_is_dropped_and_the_first_one_served() {
+  local reply=
+  serve --max-connections 1 --count 2
+  mkfifo "$work/requests" "$work/replies"
+  wine "$folder/tesselctl.exe" ipc send "$service" --quiet <"$work/requests" >"$work/replies" 2>"$work/first.err" 8>&- &
+  local first=$!
+  exec 7>"$work/requests" 6<"$work/replies"
+  echo one >&7
+  read -r -t 60 reply <&6
+  equal "reply" ONE "$reply"
+  run 1 ipc send "$service" <<<'refused'
+  equal "standard output" "" "$(cat "$work/out")"
+  contains server.err KTBNV0090E
+  echo two >&7
+  read -r -t 60 reply <&6
+  equal "reply" TWO "$reply"
+  exec 7>&- 6<&-
+  wait "$first" || fail "the first client failed"
+  server_ends 0 "requests: 2, clients: 1"
+}
+
+case_failures_name_the_service_or_the_file() {
+  run 1 ipc send "$service" </dev/null
+  grep -qxE "tesselctl: KTBNV0066E: Unable to connect to the service '$service'\. System text: .+" "$work/err" ||
+    fail "text of the failure"
+  run 1 ipc serve '' </dev/null
+  grep -qxE "tesselctl: KTBNV0087E: Unable to create the pipe of the service ''\. System text: .+" "$work/err" ||
+    fail "text of the failure"
+  run 1 ipc send "$service" "$work/none"
+  error_line "cannot open $work/none: No such file or directory"
+}
+
+case_a_reader_that_leaves_ends_the_client_with_an_error() {
+  local codes
+  serve --until-eof
+  seq 1 5000 >"$work/lines"
+  tesselctl ipc send "$service" "$work/lines" 2>"$work/err" | head -n 1 >"$work/out" || codes="${PIPESTATUS[*]}"
+  equal "exit codes" "1 0" "${codes:-none}"
+  equal "first reply" 1 "$(cat "$work/out")"
+  contains err "cannot write to standard output: "
+  stop_serving
+  wait "$server"
+  server=
+}
+
+# $service does not exist: the text of the failure shows whether the catalogue was found.
+case_the_catalogue_is_found_without_environment() {
+  unset KTB_PROD
+  run 1 ipc send "$service" </dev/null
+  contains err "tesselctl: KTBNV0066E: Unable to connect"
+  mkdir -p "$work/installed/bin" "$work/installed/lib"
+  cp "$folder/tesselctl.exe" "$folder/tesselnative.dll" "$work/installed/bin"
+  cp -r resources/messages "$work/installed/lib"
+  folder=$work/installed/bin
+  run 1 ipc send "$service" </dev/null
+  contains err "tesselctl: KTBNV0066E: Unable to connect"
+}
+
+case_a_missing_catalogue_of_the_language_is_an_error_not_a_wait() {
+  LC_ALL=fr_FR.UTF-8 KTB_PROD=Z:$work run 1 ipc send "$service" </dev/null
+  error_line "the message catalogue of the user's language is missing: Z:$work/lib/messages/KTBNVMessages_fr.properties"
+  LC_ALL=fr_FR.UTF-8 run 0 --version
+}
+
+case_progress_is_drawn_on_a_terminal_only() {
+  serve --until-eof
+  seq 1 200 >"$work/lines"
+  script -qec "wine '$folder/tesselctl.exe' ipc send '$service' '$work/lines' >'$work/out'" /dev/null \
+    </dev/null 8>&- | sed 's/\x1b\[[?0-9;]*[A-Za-z]//g' | tr '\r' '\n' >"$work/err"
+  # A terminal may be sent a movement of the cursor for a blank.
+  tr -d ' ' <"$work/err" | grep -qxF '[........................................]0%1requests' || fail "first bar"
+  contains err "requests: 200, failures: 0"
+  equal "replies" "$(cat "$work/lines")" "$(cat "$work/out")"
+  run 0 ipc send "$service" "$work/lines"
+  lacks err "["
+  stop_serving
+  server_ends 0 "requests: 400, clients: 2"
+}
+
+for current in "$@"; do
+  service=tesselctl-$$-$current
+  "case_$current"
+done

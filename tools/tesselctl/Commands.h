@@ -1,0 +1,17 @@
+// The commands of the tool; each has a source of its own.
+#pragma once
+
+#include <functional>
+
+#include <CLI/App.hpp>
+
+namespace tesselctl {
+
+// Runs after the arguments were read. Returns the exit code; throws NYXException or std::exception on failure.
+using Command = std::function<int()>;
+
+// Each adds its command; the one that the user names is stored in `chosen`.
+void addIpcServe(CLI::App& group, Command& chosen);
+void addIpcSend(CLI::App& group, Command& chosen);
+
+}  // namespace tesselctl

@@ -1,0 +1,22 @@
+// What the tool writes: data to standard output, everything for the operator's eyes to standard error. Each text is
+// written at once and past the C library, which would send it to a terminal letter by letter.
+#pragma once
+
+#include <string>
+
+namespace tesselctl {
+
+// The text and a line end to standard output. Throws std::runtime_error when it cannot be written, as behind a pipe
+// whose reader has gone.
+void printLine(const std::string& text);
+
+// To standard error as it is; nothing is done when it cannot be written.
+void printNote(const std::string& text);
+
+// "tesselctl: ", the text and a line end to standard error.
+void printError(const std::string& text);
+
+bool outputIsTerminal();
+bool errorOutputIsTerminal();
+
+}  // namespace tesselctl
