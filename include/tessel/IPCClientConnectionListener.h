@@ -40,7 +40,7 @@ class TESSEL_API IPCClientConnectionListener : public NYXRunnable {
   /// @return whether the listener is running.
   bool waitRunning(long timeoutMillis) const;
 
-  /// @return the text of the failure that ended the listener before it was running; empty otherwise.
+  /// @return the text of the failure that ended the listener; empty otherwise.
   std::string getErrorMessage() const;
 
   /// @return whether run() has left its loop, successfully or not.

@@ -36,6 +36,7 @@ class TESSEL_API IPCClientImpl : public IPCClient {
   void lookForReply() const;
   void receive(Reply& reply, unsigned long interval);
   void readPart(Reply& reply, void* event, unsigned long interval);
+  void expectTotal(Reply& reply) const;
   unsigned long poll(_OVERLAPPED& overlapped, unsigned long interval) const;
 
   static const RasDescriptor rd;

@@ -57,6 +57,7 @@ class TESSEL_API IPCClientRunnable : public NYXRunnable {
 
   bool isShutdownRequested() const;
   bool setShutdownRequested(bool requested);
+  void setProcessingMessage(bool processing);
   void setActivity(Activity activity);
   long exchangeUntilEnd(Buffer& buffer);
   bool read(Buffer& buffer, long& result);
@@ -69,9 +70,9 @@ class TESSEL_API IPCClientRunnable : public NYXRunnable {
   std::string serviceName_;
   void* pipeHandle_;
   IPCListener* listener_;
-  bool shutdownRequested_ = false;         // guarded by sync_
-  bool processingMessage_ = false;         // guarded by sync_
-  Activity activity_ = Activity::reading;  // guarded by sync_
+  bool shutdownRequested_ = false;            // guarded by sync_
+  bool processingMessage_ = false;            // guarded by sync_
+  Activity activity_ = Activity::processing;  // guarded by sync_; the others only while the call may block
   NYXThreadSync* sync_;
 };
 

@@ -5,10 +5,6 @@
 
 namespace tessel {
 
-namespace internal {
-class MethodTrace;
-}
-
 class RasDescriptor;
 
 /// The Windows thread.
@@ -43,7 +39,6 @@ class TESSEL_API NYXThreadImpl : public NYXThread {
 
  private:
   static unsigned long clientThreadWrapper(void* runnable) noexcept;
-  bool waitFor(unsigned long milliseconds, const internal::MethodTrace& trace);
 
   static const RasDescriptor rd;
 

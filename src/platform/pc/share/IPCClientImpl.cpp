@@ -169,12 +169,16 @@ void IPCClientImpl::readPart(Reply& reply, void* event, unsigned long interval) 
   }
   trace.data(TraceLevel::MODERATE, "Length of data read", reply.length);
   reply.total += reply.length;
-  if (reply.length < kHeader) return;
+  if (reply.length >= kHeader) expectTotal(reply);
+  if (!reply.complete()) trace.data(TraceLevel::MODERATE, "There is more data to read");
+}
+
+void IPCClientImpl::expectTotal(Reply& reply) const {
+  const MethodTrace trace(rd, this, "expectTotal");
   const std::uint32_t textLength = internal::readBigEndian(reply.bytes.data() + kTextLengthOffset);
   reply.expected = kHeader + textLength;
   trace.data(TraceLevel::MODERATE, "Message Text Length", textLength);
   trace.data(TraceLevel::MODERATE, "Total message Length", reply.expected);
-  if (!reply.complete()) trace.data(TraceLevel::MODERATE, "There is more data to read");
 }
 
 // Returns only when the read has ended: its buffer must not go before.

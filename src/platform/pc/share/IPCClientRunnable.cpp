@@ -83,7 +83,6 @@ long IPCClientRunnable::run() {
   Buffer buffer;
   try {
     const long result = exchangeUntilEnd(buffer);
-    setActivity(Activity::leaving);
     flush(buffer);
     return trace.result(result);
   } catch (const std::exception& exception) {
@@ -100,7 +99,7 @@ long IPCClientRunnable::exchangeUntilEnd(Buffer& buffer) {
     if (!read(buffer, result)) break;
     answer(buffer);
     if (!write(buffer, result)) break;
-    setActivity(Activity::reading);
+    setProcessingMessage(false);
   }
   return result;
 }
@@ -111,11 +110,13 @@ bool IPCClientRunnable::read(Buffer& buffer, long& result) {
   const MethodTrace trace(rd, this, "read");
   buffer.bytes.fill(0);
   buffer.length = 0;
+  setActivity(Activity::reading);
   SetLastError(NO_ERROR);
   const bool done =
       ReadFile(pipeHandle_, buffer.bytes.data(), IPCMessage::MAX_MESSAGE_DATA_LEN, &buffer.length, nullptr) != 0;
   const LastError error;
   setActivity(Activity::processing);
+  setProcessingMessage(true);
   if (done && buffer.length > 0) return true;
   if (error.number() == ERROR_BROKEN_PIPE) {
     trace.data(TraceLevel::MODERATE, "client disconnected");
@@ -153,6 +154,7 @@ bool IPCClientRunnable::write(Buffer& buffer, long& result) {
   SetLastError(NO_ERROR);
   const bool done = WriteFile(pipeHandle_, buffer.bytes.data(), buffer.length, &written, nullptr) != 0;
   const LastError error;
+  setActivity(Activity::processing);
   if (done && written == buffer.length) return true;
   EventLog::errorNoFormat(rd, NLS::format(rd, "KTBNV0086_WRITE_FAILED", serviceName_, error.text()));
   buffer.replyLost = true;
@@ -163,8 +165,10 @@ bool IPCClientRunnable::write(Buffer& buffer, long& result) {
 // A flush that a stop had to cancel is a reply that its client never read.
 void IPCClientRunnable::flush(const Buffer& buffer) {
   const MethodTrace trace(rd, this, "flush");
+  setActivity(Activity::leaving);
   if (FlushFileBuffers(pipeHandle_)) return;
   const LastError error;
+  setActivity(Activity::processing);
   if (error.number() != ERROR_OPERATION_ABORTED || buffer.replyLost) return;
   EventLog::errorNoFormat(rd, NLS::format(rd, "KTBNV0086_WRITE_FAILED", serviceName_, error.text()));
 }
@@ -201,12 +205,15 @@ bool IPCClientRunnable::setShutdownRequested(bool requested) {
   return processingMessage_;
 }
 
-// A worker that ends on its way stays marked as processing: it needs no push to end.
+// A worker that ends on its way stays marked so: it needs no push to end.
+void IPCClientRunnable::setProcessingMessage(bool processing) {
+  const Synchronize guard(sync_);
+  processingMessage_ = processing;
+}
+
 void IPCClientRunnable::setActivity(Activity activity) {
   const Synchronize guard(sync_);
   activity_ = activity;
-  if (activity == Activity::processing) processingMessage_ = true;
-  if (activity == Activity::reading) processingMessage_ = false;
 }
 
 }  // namespace tessel

@@ -49,25 +49,31 @@ void NYXThreadImpl::stop() {
   }
 }
 
+namespace {
+
+NYXException waitFailure(const MethodTrace& trace, DWORD result, const LastError& error) {
+  return result == WAIT_FAILED
+             ? trace.failure<NYXException>("KTBNV0015_WAIT_FOR_THREAD_FAILED", error.numberText())
+             : trace.failure<NYXException>("KTBNV0016_WAIT_FOR_THREAD_FAILED2", std::to_string(result));
+}
+
+}  // namespace
+
 void NYXThreadImpl::join() {
   const MethodTrace trace(rd, this, "join");
-  waitFor(INFINITE, trace);
+  const DWORD result = WaitForSingleObject(threadHandle_, INFINITE);
+  const LastError error;
+  if (result != WAIT_OBJECT_0) throw waitFailure(trace, result, error);
 }
 
+// Polled: traces only a failure.
 bool NYXThreadImpl::joinFor(unsigned long milliseconds) {
-  MethodTrace trace(rd, this, "joinFor", milliseconds);
-  return trace.result(waitFor(milliseconds, trace));
-}
-
-bool NYXThreadImpl::waitFor(unsigned long milliseconds, const MethodTrace& trace) {
   const DWORD result = WaitForSingleObject(threadHandle_, milliseconds);
   const LastError error;
   if (result == WAIT_OBJECT_0) return true;
-  if (result == WAIT_TIMEOUT && milliseconds != INFINITE) return false;
-  if (result == WAIT_FAILED) {
-    throw trace.failure<NYXException>("KTBNV0015_WAIT_FOR_THREAD_FAILED", error.numberText());
-  }
-  throw trace.failure<NYXException>("KTBNV0016_WAIT_FOR_THREAD_FAILED2", std::to_string(result));
+  if (result == WAIT_TIMEOUT) return false;
+  const MethodTrace trace(rd, this, "joinFor", milliseconds);
+  throw waitFailure(trace, result, error);
 }
 
 bool NYXThreadImpl::isAlive() {

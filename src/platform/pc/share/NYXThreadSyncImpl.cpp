@@ -95,16 +95,19 @@ struct NYXThreadSyncImpl::State {
   }
 
   // While a notified waiter is on its way back the event must stay set, or that waiter would sleep on.
-  // Returns the system's error number, taken before the lock is left.
-  DWORD beginWait(std::uint64_t& seen) {
+  // Takes the system's error number before the lock is left.
+  bool beginWait(std::uint64_t& seen, LastError& error) {
     const WaitersLock guard(waitersSection);
     if (returning == 0 && eventSet) {
-      if (!ResetEvent(event)) return GetLastError();
+      if (!ResetEvent(event)) {
+        error = LastError();
+        return false;
+      }
       eventSet = false;
     }
     ++waiting;
     seen = notifications;
-    return NO_ERROR;
+    return true;
   }
 
   void endWait(std::uint64_t seen) {
@@ -113,14 +116,17 @@ struct NYXThreadSyncImpl::State {
   }
 
   // As beginWait.
-  DWORD notify() {
+  bool notify(LastError& error) {
     const WaitersLock guard(waitersSection);
-    if (!SetEvent(event)) return GetLastError();
+    if (!SetEvent(event)) {
+      error = LastError();
+      return false;
+    }
     eventSet = true;
     ++notifications;
     returning += waiting;
     waiting = 0;
-    return NO_ERROR;
+    return true;
   }
 };
 
@@ -179,8 +185,8 @@ int NYXThreadSyncImpl::wait(long timeoutMillis) {
   }
   const std::uint32_t held = state_->owner.count();
   std::uint64_t seen = 0;
-  const LastError resetError(state_->beginWait(seen));
-  if (resetError.number() != NO_ERROR) {
+  LastError resetError(NO_ERROR);
+  if (!state_->beginWait(seen, resetError)) {
     throw failureOf(rd, this, "wait", "KTBNV0010_UNABLE_TO_RESET_EVENT", resetError.numberText());
   }
   for (std::uint32_t i = 0; i < held; ++i) state_->leave();
@@ -201,8 +207,8 @@ int NYXThreadSyncImpl::wait(long timeoutMillis) {
 void NYXThreadSyncImpl::wait() { wait(-1); }
 
 void NYXThreadSyncImpl::notifyAll() {
-  const LastError error(state_->notify());
-  if (error.number() != NO_ERROR) {
+  LastError error(NO_ERROR);
+  if (!state_->notify(error)) {
     throw failureOf(rd, this, "notifyAll", "KTBNV0009_UNABLE_TO_SET_EVENT", error.numberText());
   }
 }
