@@ -58,7 +58,7 @@ bool countFromZero(std::vector<int> numbers) {
   return true;
 }
 
-bool formats(const Call& call) { return call.callee == "format" || call.callee == "failure"; }
+bool formats(const Call& call) { return call.callee == "format" || (call.callee == "failure" && call.templated); }
 
 std::size_t insertsBehindKey(const Call& call) { return call.arguments.size() - call.argument - 1; }
 
@@ -89,8 +89,7 @@ std::vector<Use> usesIn(const std::string& source, const fs::path& file) {
     const auto at = static_cast<std::size_t>(i->position());
     Use use{(*i)[1], shown(file, source, at), std::nullopt};
     if (const auto call = enclosingCall(source, at)) {
-      use.inserts = insertsOfHelper(source, call->callee);
-      if (!use.inserts && formats(*call)) use.inserts = insertsBehindKey(*call);
+      use.inserts = formats(*call) ? insertsBehindKey(*call) : insertsOfHelper(source, call->callee);
     }
     uses.push_back(use);
   }
@@ -136,8 +135,10 @@ TEST(CatalogueGate, CountsTheInsertsThatAHelperPasses) {
   EXPECT_EQ(usesInText(function)[0].inserts, 1U);
   const std::string sameName =
       "const auto failure = [&trace](const char* key) { return trace.failure<X>(key, error.text()); };\n"
-      "throw failure(\"KTBNV0001_A\");";
+      "throw failure(\"KTBNV0001_A\");\n"
+      "throw trace.failure<X>(\"KTBNV0001_A\", a, b);";
   EXPECT_EQ(usesInText(sameName)[0].inserts, 1U);
+  EXPECT_EQ(usesInText(sameName)[1].inserts, 2U);
 }
 
 TEST(CatalogueGate, SeesAKeyThatNoKnownCallFormats) {

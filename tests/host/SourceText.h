@@ -92,6 +92,7 @@ inline std::string trimmed(std::string text) {
 
 struct Call {
   std::string callee;  // the name alone, without qualifiers and template arguments
+  bool templated;      // whether template arguments stand behind the name
   std::vector<std::string> arguments;
   std::size_t argument;  // the one that was asked about
 };
@@ -131,7 +132,7 @@ inline std::vector<std::size_t> openBrackets(std::string_view text, std::size_t 
 inline std::optional<Call> enclosingCall(std::string_view text, std::size_t at) {
   const std::vector<std::size_t> open = openBrackets(text, at);
   if (open.empty() || text[open.back()] != '(') return std::nullopt;
-  Call call{nameBefore(text, open.back()), {}, 0};
+  Call call{nameBefore(text, open.back()), open.back() > 0 && text[open.back() - 1] == '>', {}, 0};
   if (call.callee.empty()) return std::nullopt;
   std::size_t start = open.back() + 1;
   int depth = 0;

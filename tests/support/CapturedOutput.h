@@ -18,7 +18,7 @@ namespace tessel::test {
 
 // Works on the file descriptor: the library has stream objects of its own, the descriptors are the process's.
 class CapturedOutput {
-public:
+ public:
   enum Stream { output = 1, error = 2 };
 
   explicit CapturedOutput(Stream stream) : descriptor_(stream), stream_(stream == output ? stdout : stderr) {
@@ -39,7 +39,7 @@ public:
     return {std::istreambuf_iterator<char>(file), {}};
   }
 
-private:
+ private:
 #if defined(_WIN32)
   static int duplicate(int descriptor) { return _dup(descriptor); }
   static void replace(int from, int to) { _dup2(from, to); }

@@ -20,7 +20,7 @@ inline std::vector<std::string> linesOf(const std::string& text) {
 
 // Without a log directory each capture is announced with its whole record.
 class Captures {
-public:
+ public:
   // The record of each capture, line by line.
   std::vector<std::vector<std::string>> records() const {
     std::vector<std::vector<std::string>> records;
@@ -47,7 +47,7 @@ public:
 
   std::vector<Recorded> announcements() const { return handler_.records(); }
 
-private:
+ private:
   RecordingHandler handler_{"FFDC", LogLevel::SEVERE};
 };
 

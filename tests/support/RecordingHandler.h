@@ -25,7 +25,7 @@ struct Recorded {
 
 // Sits on one logger for as long as it lives.
 class RecordingHandler : public LogHandler {
-public:
+ public:
   explicit RecordingHandler(const std::string& loggerName, const LogLevel& level = LogLevel::ALL)
       : LogHandler(level), logger_(*Logger::getLogger(loggerName)) {
     logger_.addHandler(*this);
@@ -53,7 +53,7 @@ public:
     return messages;
   }
 
-private:
+ private:
   Logger& logger_;
   mutable std::mutex mutex_;
   std::vector<Recorded> records_;  // guarded by mutex_

@@ -8,7 +8,7 @@
 namespace tessel::test {
 
 class TempFolder {
-public:
+ public:
   // The folder is made, not looked for: two processes can never get the same one.
   TempFolder() {
     const std::filesystem::path parent = std::filesystem::temp_directory_path();
@@ -34,7 +34,7 @@ public:
     return file;
   }
 
-private:
+ private:
   std::filesystem::path path_;
 };
 

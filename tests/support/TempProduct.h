@@ -12,7 +12,7 @@ namespace tessel::test {
 // Is the product root for as long as it lives. A catalogue is read once per process: each test takes bundle names
 // that no other test uses.
 class TempProduct {
-public:
+ public:
   TempProduct() : former_(NYXUtils::getenv("KTB_PROD")) { NYXUtils::setenv("KTB_PROD", root()); }
   ~TempProduct() { NYXUtils::setenv("KTB_PROD", former_); }
   TempProduct(const TempProduct&) = delete;
@@ -25,7 +25,7 @@ public:
     folder_.write("lib/messages/" + name + ".properties", bytes);
   }
 
-private:
+ private:
   TempFolder folder_;
   std::string former_;
 };

@@ -9,7 +9,7 @@ namespace tessel::test {
 
 // The diagnostics are the process's: whatever a test switches is off again behind it.
 class TraceScope {
-public:
+ public:
   explicit TraceScope(const std::string& specification) { RAS::setLevel(specification); }
   ~TraceScope() {
     RAS::setLevel("=OFF");

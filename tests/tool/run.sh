@@ -16,6 +16,8 @@ if [ -z "${WINEPREFIX:-}" ]; then
   wine_start
   own_wine=yes
 fi
+# The tool finds its message catalogues itself.
+unset KTB_PROD NYX_PROD
 work=$(mktemp -d)
 server=
 current=
@@ -267,7 +269,6 @@ case_a_reader_that_leaves_ends_the_client_with_an_error() {
 
 # $service does not exist: the text of the failure shows whether the catalogue was found.
 case_the_catalogue_is_found_without_environment() {
-  unset KTB_PROD
   run 1 ipc send "$service" </dev/null
   contains err "tesselctl: KTBNV0066E: Unable to connect"
   mkdir -p "$work/installed/bin" "$work/installed/lib"

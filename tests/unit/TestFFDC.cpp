@@ -32,8 +32,8 @@ struct FFDCTest {
 
 namespace {
 
-using test::Captures;
 using test::CapturedOutput;
+using test::Captures;
 using Texts = std::vector<std::string>;
 
 std::string padded(const char* format, unsigned long long number) {

@@ -192,9 +192,7 @@ TEST(RASEnvironment, NamesHaveTheirValues) {
   EXPECT_EQ(9999, RASEnvironment::UNSPECIFIED);
 }
 
-TEST(RASEnvironment, DefaultIsUnspecified) {
-  EXPECT_EQ(RASEnvironment(RASEnvironment::UNSPECIFIED), RASEnvironment());
-}
+TEST(RASEnvironment, DefaultIsUnspecified) { EXPECT_EQ(RASEnvironment(RASEnvironment::UNSPECIFIED), RASEnvironment()); }
 
 TEST(RASEnvironment, ComparesCopiesAndAssignsTheValue) {
   const RASEnvironment daemon(RASEnvironment::DAEMON);

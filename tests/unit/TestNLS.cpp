@@ -54,7 +54,8 @@ class Message {
 };
 
 std::string unmatched(const std::string& counts) {
-  return "FFDC_001: class NYXException: NLS::format() call from class: Caller for key KTB1 - Not all inserts matched (" +
+  return "FFDC_001: class NYXException: NLS::format() call from class: Caller for key KTB1 - Not all inserts matched "
+         "(" +
          counts + " used)";
 }
 
@@ -103,9 +104,7 @@ TEST(NLS, TwoApostrophesStandForOne) {
   EXPECT_EQ("a'b'c", Message("a''b'c").with());
 }
 
-TEST(NLS, ApostrophesQuoteNothingAndInsertsKeepTheirs) {
-  EXPECT_EQ("'a''b'", Message("'{0}'").with("a''b"));
-}
+TEST(NLS, ApostrophesQuoteNothingAndInsertsKeepTheirs) { EXPECT_EQ("'a''b'", Message("'{0}'").with("a''b")); }
 
 TEST(NLS, UnknownKeyGivesKeyAndInserts) {
   const Message message("unused");
@@ -170,8 +169,7 @@ TEST(NLS, PlaceholdersThatDoNotStartAtZeroGetNothing) {
 TEST(NLS, CharacterBehindNineIsAColon) {
   const Message message("{0}{1}{2}{3}{4}{5}{6}{7}{8}{9}{:}");
   const std::string x("x");
-  EXPECT_EQ("xxxxxxxxxxx",
-            NLSTest::format(message.bundle(), "KTB1", &x, &x, &x, &x, &x, &x, &x, &x, &x, &x, &x));
+  EXPECT_EQ("xxxxxxxxxxx", NLSTest::format(message.bundle(), "KTB1", &x, &x, &x, &x, &x, &x, &x, &x, &x, &x, &x));
   EXPECT_EQ(Texts{}, message.reports());
 }
 

@@ -26,7 +26,9 @@
 namespace tessel {
 namespace {
 
-std::string causedBy() { return " " + NLS::format("com.kelvo.tessel.nativ.common.KTBNVElements", "KTBNV_CAUSED_BY") + " "; }
+std::string causedBy() {
+  return " " + NLS::format("com.kelvo.tessel.nativ.common.KTBNVElements", "KTBNV_CAUSED_BY") + " ";
+}
 
 template <class Exception>
 void expectName(const std::string& name) {
@@ -87,9 +89,9 @@ TEST(NYXException, TextOfAChainIsOneLine) {
   const IPCException root("root");
   const NYXException middle("middle", &root);
   const NYXException exception("top", &middle);
-  EXPECT_EQ("class NYXException: top" + causedBy() + "class NYXException: middle" + causedBy() +
-                "class NYXException: root",
-            exception.toString());
+  EXPECT_EQ(
+      "class NYXException: top" + causedBy() + "class NYXException: middle" + causedBy() + "class NYXException: root",
+      exception.toString());
 }
 
 TEST(NYXException, CausedByPhraseComesFromTheCatalogue) {

@@ -92,9 +92,9 @@ struct WordRow {
 TEST(RAS, LevelWords) {
   for (const WordRow& row :
        {WordRow{"OFF", 50}, WordRow{"INFO", 50}, WordRow{"CONFIG", 40}, WordRow{"WARNING", 60}, WordRow{"ERROR", 70},
-        WordRow{"SEVERE", 70}, WordRow{"FATAL", 70}, WordRow{"ALL", 0}, WordRow{"VERBOSE", 10},
-        WordRow{"MODERATE", 20}, WordRow{"FLOW", 30}, WordRow{"flow", 30}, WordRow{"Verbose", 10}, WordRow{"off", 50},
-        WordRow{"Off", 50}, WordRow{"bogus", 50}, WordRow{"", 50}, WordRow{"FLOW ", 50}, WordRow{"A=ALL", 50}}) {
+        WordRow{"SEVERE", 70}, WordRow{"FATAL", 70}, WordRow{"ALL", 0}, WordRow{"VERBOSE", 10}, WordRow{"MODERATE", 20},
+        WordRow{"FLOW", 30}, WordRow{"flow", 30}, WordRow{"Verbose", 10}, WordRow{"off", 50}, WordRow{"Off", 50},
+        WordRow{"bogus", 50}, WordRow{"", 50}, WordRow{"FLOW ", 50}, WordRow{"A=ALL", 50}}) {
     const TraceScope trace("words=ALL:words=" + std::string(row.word));
     EXPECT_EQ(row.level, thresholdOf("words")) << row.word;
   }

@@ -25,9 +25,7 @@
 namespace tessel {
 
 struct TraceTest {
-  static bool hasStack() {
-    return Trace::getInstance().methodStacks_->count(NYXThread::getCurrentThreadId()) > 0;
-  }
+  static bool hasStack() { return Trace::getInstance().methodStacks_->count(NYXThread::getCurrentThreadId()) > 0; }
   static std::size_t openMethods() {
     return Trace::getInstance().getMethodStack(NYXThread::getCurrentThreadId())->size();
   }

@@ -10,6 +10,7 @@
 #include "internal/LastError.h"
 #include "internal/MethodTrace.h"
 #include "internal/pc/Platform.h"
+#include "internal/pc/ThreadId.h"
 
 namespace tessel {
 
@@ -46,6 +47,12 @@ class WaitersLock {
 }  // namespace
 
 struct NYXThreadSyncImpl::State {
+  // The moment a wait began.
+  struct Moment {
+    std::uint64_t notifications = 0;
+    bool eventSet = false;  // left set for waiters that were notified and have not come back
+  };
+
   HANDLE event = nullptr;
   CRITICAL_SECTION section{};
   Owner owner;
@@ -83,7 +90,7 @@ struct NYXThreadSyncImpl::State {
   }
 
   void addHold() {
-    const std::uint32_t self = GetCurrentThreadId();
+    const std::uint32_t self = internal::currentThreadId();
     owner.set(self, owner.thread() == self ? owner.count() + 1 : 1);
   }
 
@@ -96,7 +103,7 @@ struct NYXThreadSyncImpl::State {
 
   // While a notified waiter is on its way back the event must stay set, or that waiter would sleep on.
   // Takes the system's error number before the lock is left.
-  bool beginWait(std::uint64_t& seen, LastError& error) {
+  bool beginWait(Moment& moment, LastError& error) {
     const WaitersLock guard(waitersSection);
     if (returning == 0 && eventSet) {
       if (!ResetEvent(event)) {
@@ -106,13 +113,13 @@ struct NYXThreadSyncImpl::State {
       eventSet = false;
     }
     ++waiting;
-    seen = notifications;
+    moment = {notifications, eventSet};
     return true;
   }
 
-  void endWait(std::uint64_t seen) {
+  void endWait(const Moment& moment) {
     const WaitersLock guard(waitersSection);
-    --(seen == notifications ? waiting : returning);
+    --(moment.notifications == notifications ? waiting : returning);
   }
 
   // As beginWait.
@@ -170,13 +177,13 @@ bool NYXThreadSyncImpl::tryLock() {
 }
 
 void NYXThreadSyncImpl::unlock() {
-  const std::uint32_t self = GetCurrentThreadId();
+  const std::uint32_t self = internal::currentThreadId();
   if (state_->owner.thread() == self) state_->owner.set(self, state_->owner.count() - 1);
   state_->leave();
 }
 
 int NYXThreadSyncImpl::wait(long timeoutMillis) {
-  const std::uint32_t self = GetCurrentThreadId();
+  const std::uint32_t self = internal::currentThreadId();
   if (state_->owner.thread() != self) {
     const NYXException failure(NLS::format(rd, "KTBNV0171_THREAD_NOT_OWNER"));
     FFDC::capture(rd, "wait", FFDC::PROBE_001(), &failure);
@@ -184,15 +191,17 @@ int NYXThreadSyncImpl::wait(long timeoutMillis) {
     throw failure;
   }
   const std::uint32_t held = state_->owner.count();
-  std::uint64_t seen = 0;
+  State::Moment moment;
   LastError resetError(NO_ERROR);
-  if (!state_->beginWait(seen, resetError)) {
+  if (!state_->beginWait(moment, resetError)) {
     throw failureOf(rd, this, "wait", "KTBNV0010_UNABLE_TO_RESET_EVENT", resetError.numberText());
   }
   for (std::uint32_t i = 0; i < held; ++i) state_->leave();
+  // A wait that would end at once, since the event is still set for others, lets those go first.
+  if (moment.eventSet) SwitchToThread();
   const DWORD result = WaitForSingleObject(state_->event, static_cast<DWORD>(timeoutMillis));
   const LastError error;
-  state_->endWait(seen);
+  state_->endWait(moment);
   if (result == WAIT_FAILED) {
     throw failureOf(rd, this, "wait", "KTBNV0011_WAIT_FOR_EVENT_FAILED", error.numberText());
   }
