@@ -37,8 +37,8 @@ DWORD WINAPI echo(void* handle) {
 void listenBare(const std::string& name, const UniqueHandle& ready) {
   for (;;) {
     UniqueHandle pipe(CreateNamedPipeA(tessel::internal::pipePath(name).c_str(), PIPE_ACCESS_DUPLEX,
-                                       PIPE_TYPE_MESSAGE | PIPE_READMODE_MESSAGE | PIPE_WAIT,
-                                       PIPE_UNLIMITED_INSTANCES, kBuffer, kBuffer, 0, nullptr));
+                                       PIPE_TYPE_MESSAGE | PIPE_READMODE_MESSAGE | PIPE_WAIT, PIPE_UNLIMITED_INSTANCES,
+                                       kBuffer, kBuffer, 0, nullptr));
     if (!pipe) fail("CreateNamedPipe");
     SetEvent(ready.get());
     if (!ConnectNamedPipe(pipe.get(), nullptr) && GetLastError() != ERROR_PIPE_CONNECTED) continue;
@@ -48,7 +48,7 @@ void listenBare(const std::string& name, const UniqueHandle& ready) {
 }
 
 class Echo : public tessel::IPCListener {
-public:
+ public:
   tessel::IPCMessage onMessage(const tessel::IPCMessage& request) override {
     return tessel::IPCMessage(request.getMessageId(), request.getMessageText());
   }
@@ -73,7 +73,7 @@ int serve(const std::string& kind, const std::string& name) {
 }
 
 class ServerProcess {
-public:
+ public:
   ServerProcess(const std::string& program, const std::string& kind, const std::string& name) {
     const UniqueHandle ready = readyEvent(name);
     std::string command = '"' + program + "\" serve " + kind + ' ' + name;
@@ -90,16 +90,17 @@ public:
   }
   ~ServerProcess() { TerminateProcess(process_.get(), 0); }
 
-private:
+ private:
   UniqueHandle process_;
 };
 
 class BareClient {
-public:
+ public:
   explicit BareClient(const std::string& name) : path_(tessel::internal::pipePath(name)) {}
   void connect() {
     for (;;) {
-      pipe_ = UniqueHandle(CreateFileA(path_.c_str(), GENERIC_READ | GENERIC_WRITE, 0, nullptr, OPEN_EXISTING, 0, nullptr));
+      pipe_ =
+          UniqueHandle(CreateFileA(path_.c_str(), GENERIC_READ | GENERIC_WRITE, 0, nullptr, OPEN_EXISTING, 0, nullptr));
       if (pipe_) break;
       if (GetLastError() != ERROR_PIPE_BUSY || !WaitNamedPipeA(path_.c_str(), 20000)) fail("CreateFile");
     }
@@ -114,14 +115,14 @@ public:
   }
   void disconnect() { pipe_.reset(); }
 
-private:
+ private:
   std::string path_;
   UniqueHandle pipe_;
   std::array<char, kBuffer> bytes_{};
 };
 
 class OurClient {
-public:
+ public:
   explicit OurClient(const std::string& name)
       : client_(tessel::IPCClient::newInstance(name, tessel::NativeProperties())) {}
   void connect() { client_->connect(); }
@@ -131,7 +132,7 @@ public:
   }
   void disconnect() { client_->disconnect(); }
 
-private:
+ private:
   std::unique_ptr<tessel::IPCClient> client_;
 };
 
@@ -194,9 +195,10 @@ void measure(const std::string& program) {
   const std::string bare = name + "-bare";
   const ServerProcess ourServer(program, "ours", ours);
   const ServerProcess bareServer(program, "bare", bare);
-  bench::printTimes("request and reply, 64 bytes, one client, connection kept",
-                    bench::medians([&] { return roundTrip<OurClient>(ours); }, [&] { return roundTrip<BareClient>(bare); }),
-                    "bare message pipe", 1.3);
+  bench::printTimes(
+      "request and reply, 64 bytes, one client, connection kept",
+      bench::medians([&] { return roundTrip<OurClient>(ours); }, [&] { return roundTrip<BareClient>(bare); }),
+      "bare message pipe", 1.3);
   for (const int clients : {4, 16}) {
     bench::printRates("requests of " + std::to_string(clients) + " clients at once",
                       bench::medians([&] { return throughput<OurClient>(ours, clients); },

@@ -81,7 +81,8 @@ int main() {
   const long ourAllocations = count(ours);
   const long peerAllocations = count(peer);
   bench::printTimes("message to bytes and back, 64 bytes", bench::compareCalls(ours, peer), "by hand", 2);
-  bench::printRow("the same, allocations", std::to_string(ourAllocations), std::to_string(peerAllocations) + ", by hand",
-                  bench::number(static_cast<double>(ourAllocations)), "at most 1", ourAllocations <= 1);
+  bench::printRow("the same, allocations", std::to_string(ourAllocations),
+                  std::to_string(peerAllocations) + ", by hand", bench::number(static_cast<double>(ourAllocations)),
+                  "at most 1", ourAllocations <= 1);
   return 0;
 }

@@ -11,7 +11,7 @@ namespace {
 constexpr int kRoundTrips = 10000;
 
 class Section {
-public:
+ public:
   Section() { InitializeCriticalSection(&section_); }
   ~Section() { DeleteCriticalSection(&section_); }
   Section(const Section&) = delete;
@@ -19,13 +19,13 @@ public:
   void lock() { EnterCriticalSection(&section_); }
   void unlock() { LeaveCriticalSection(&section_); }
 
-private:
+ private:
   CRITICAL_SECTION section_;
 };
 
 // Whose turn it is, passed from one player to the other and back.
 class MonitorTable {
-public:
+ public:
   void play(int player) {
     const tessel::Synchronize guard(&monitor_);
     for (int i = 0; i < kRoundTrips; ++i) {
@@ -35,13 +35,13 @@ public:
     }
   }
 
-private:
+ private:
   tessel::NYXThreadSyncImpl monitor_;
   int turn_ = 0;
 };
 
 class SectionTable {
-public:
+ public:
   void play(int player) {
     section_.lock();
     for (int i = 0; i < kRoundTrips; ++i) {
@@ -57,7 +57,7 @@ public:
     section_.unlock();
   }
 
-private:
+ private:
   static tessel::internal::UniqueHandle newEvent() {
     return tessel::internal::UniqueHandle(CreateEventA(nullptr, TRUE, FALSE, nullptr));
   }
@@ -82,8 +82,8 @@ double roundTrip() {
 
 int main() {
   bench::printTimes("monitor: wait and notifyAll, round trip between two threads",
-                    bench::medians(roundTrip<MonitorTable>, roundTrip<SectionTable>),
-                    "critical section and two events", 1.25);
+                    bench::medians(roundTrip<MonitorTable>, roundTrip<SectionTable>), "critical section and two events",
+                    1.25);
   tessel::NYXThreadSyncImpl monitor;
   Section section;
   const auto ours = [&] {

@@ -70,9 +70,10 @@ void compareSmall(const std::string& path) {
   const auto peer = [&] {
     char bytes[4096];
     DWORD length = 0;
-    const tessel::internal::UniqueHandle file(CreateFileA(path.c_str(), GENERIC_READ, FILE_SHARE_READ | FILE_SHARE_WRITE,
-                                                          nullptr, OPEN_EXISTING, 0, nullptr));
-    if (!file || !ReadFile(file.get(), bytes, sizeof bytes, &length, nullptr)) throw std::runtime_error("cannot read " + path);
+    const tessel::internal::UniqueHandle file(CreateFileA(
+        path.c_str(), GENERIC_READ, FILE_SHARE_READ | FILE_SHARE_WRITE, nullptr, OPEN_EXISTING, 0, nullptr));
+    if (!file || !ReadFile(file.get(), bytes, sizeof bytes, &length, nullptr))
+      throw std::runtime_error("cannot read " + path);
   };
   bench::printTimes("properties: an agent's file of 40 lines", bench::compareCalls(ours, peer),
                     "opening and reading the same bytes", 2);
@@ -88,8 +89,10 @@ int main(int argc, char** argv) {
     }
     if (argc != 4) throw std::runtime_error("wrong number of arguments");
     const std::string folder = argv[1];
-    compareLarge("properties: 10 MB, 200,000 entries in order", folder + "/ordered.properties", std::strtod(argv[2], nullptr));
-    compareLarge("properties: 10 MB, 200,000 entries shuffled", folder + "/shuffled.properties", std::strtod(argv[3], nullptr));
+    compareLarge("properties: 10 MB, 200,000 entries in order", folder + "/ordered.properties",
+                 std::strtod(argv[2], nullptr));
+    compareLarge("properties: 10 MB, 200,000 entries shuffled", folder + "/shuffled.properties",
+                 std::strtod(argv[3], nullptr));
     compareSmall(folder + "/agent.properties");
     return 0;
   } catch (const std::exception& exception) {

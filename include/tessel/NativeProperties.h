@@ -3,11 +3,17 @@
 
 #include <iosfwd>
 #include <map>
+#include <memory>
+#include <optional>
 #include <string>
 
 #include <tessel/Export.h>
 
 namespace tessel {
+
+namespace internal {
+class PropertiesText;
+}
 
 class NativePropertyItem;
 class RasDescriptor;
@@ -54,11 +60,12 @@ class TESSEL_API NativeProperties {
   friend TESSEL_API std::ostream& operator<<(std::ostream& stream, const NativeProperties& properties);
 
   void loadProperties();
-  const std::string* find(const NativePropertyItem& item) const;
+  std::optional<std::string> find(const std::string& key) const;
 
   static const RasDescriptor rd;
 
-  std::map<std::string, std::string> properties_;
+  std::shared_ptr<const internal::PropertiesText> loaded_;  // null before the first load
+  std::map<std::string, std::string> set_;                  // by setProperty; hides what was loaded
   std::string filePath_;
 };
 

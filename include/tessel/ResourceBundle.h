@@ -47,6 +47,8 @@ class TESSEL_API ResourceBundle {
   static void remember(const std::string& name, const ResourceBundle& bundle);
   static std::string fileSuffix();
 
+  // The text of the key, or `key` itself.
+  const std::string& find(const std::string& key) const;
   std::unique_ptr<std::istream> getResourcesFile() const;
   std::string pathOf(const std::string& suffix) const;
   void warnOnceAboutMissingFile(const std::string& path) const;

@@ -26,6 +26,19 @@ std::string keyAndInserts(const std::string& key, const Inserts& inserts, int co
   return text;
 }
 
+// The message with room for its inserts: filling it allocates nothing more.
+std::string withRoom(const std::string& message, const Inserts& inserts, int count) {
+  std::size_t size = message.size();
+  for (int i = 0; i < count; ++i) {
+    const std::string* insert = inserts.at(static_cast<std::size_t>(i));
+    if (insert) size += insert->size();
+  }
+  std::string text;
+  text.reserve(size);
+  text = message;
+  return text;
+}
+
 const std::string& unknownClass() {
   static const std::string& name = *new std::string("Unknown");
   return name;
@@ -83,8 +96,10 @@ std::string NLS::internalFormat(const std::string& className, const std::string&
   }
   va_end(list);
 
-  std::string text = ResourceBundle::getBundle(bundle).getString(key);
-  if (text == key) return keyAndInserts(key, inserts, count);
+  const ResourceBundle catalogue = ResourceBundle::getBundle(bundle);
+  const std::string& message = catalogue.find(key);
+  if (message == key) return keyAndInserts(key, inserts, count);
+  std::string text = withRoom(message, inserts, count);
   internal::collapseApostrophes(text);
   const internal::Filled filled = internal::fillPlaceholders(text, inserts.data(), count);
   if (filled.match == internal::Match::complete) return text;

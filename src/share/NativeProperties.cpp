@@ -3,6 +3,7 @@
 #include <array>
 #include <fstream>
 #include <ostream>
+#include <string_view>
 
 #include <tessel/NYXException.h>
 #include <tessel/NativePropertyItem.h>
@@ -51,37 +52,44 @@ void NativeProperties::loadProperties() {
   std::ifstream file(filePath_);
   if (!file.is_open()) throw trace.failure<NYXException>("KTBNV0122_PROP_FILE_OPEN_FAILED", filePath_);
   trace.data(TraceLevel::MODERATE, "Loading properties from " + filePath_);
-  properties_ = internal::parseProperties(readAll(file));
+  loaded_ = std::make_shared<internal::PropertiesText>(readAll(file));
+  set_.clear();
 }
 
 void NativeProperties::setProperty(const std::string& key, const std::string& value) {
   const internal::MethodTrace trace(rd, this, "setProperty", key, value);
-  properties_.insert_or_assign(key, value);
+  set_.insert_or_assign(key, value);
 }
 
-const std::string* NativeProperties::find(const NativePropertyItem& item) const {
-  const auto entry = properties_.find(item.getKey());
-  return entry == properties_.end() ? nullptr : &entry->second;
+std::optional<std::string> NativeProperties::find(const std::string& key) const {
+  const auto entry = set_.find(key);
+  if (entry != set_.end()) return entry->second;
+  const internal::PropertiesText::Entry* loaded = loaded_ ? loaded_->find(key) : nullptr;
+  if (!loaded) return std::nullopt;
+  return std::string(loaded->value);
 }
 
 bool NativeProperties::contains(const NativePropertyItem& item) const {
   internal::MethodTrace trace(rd, this, "contains", item);
-  return trace.result(find(item) != nullptr);
+  return trace.result(find(item.getKey()).has_value());
 }
 
 std::string NativeProperties::getPropertyAsString(const NativePropertyItem& item) const {
   internal::MethodTrace trace(rd, this, "getPropertyAsString", item);
-  return trace.result(item.getStringValue(find(item)));
+  const auto value = find(item.getKey());
+  return trace.result(item.getStringValue(value ? &*value : nullptr));
 }
 
 int NativeProperties::getPropertyAsInteger(const NativePropertyItem& item) const {
   internal::MethodTrace trace(rd, this, "getPropertyAsInteger", item);
-  return trace.result(item.getIntegerValue(find(item)));
+  const auto value = find(item.getKey());
+  return trace.result(item.getIntegerValue(value ? &*value : nullptr));
 }
 
 bool NativeProperties::getPropertyAsBoolean(const NativePropertyItem& item) const {
   internal::MethodTrace trace(rd, this, "getPropertyAsBoolean", item);
-  return trace.result(item.getBooleanValue(find(item)));
+  const auto value = find(item.getKey());
+  return trace.result(item.getBooleanValue(value ? &*value : nullptr));
 }
 
 bool NativeProperties::isAgentProperties() const {
@@ -95,8 +103,12 @@ bool NativeProperties::isLoggerProperties() const {
 }
 
 std::ostream& operator<<(std::ostream& stream, const NativeProperties& properties) {
+  std::map<std::string_view, std::string_view> entries(properties.set_.begin(), properties.set_.end());
+  if (properties.loaded_) {
+    for (const auto& entry : properties.loaded_->entries()) entries.emplace(entry.key, entry.value);
+  }
   const char* separator = "";
-  for (const auto& [key, value] : properties.properties_) {
+  for (const auto& [key, value] : entries) {
     stream << separator << key << '=' << value;
     separator = ",";
   }

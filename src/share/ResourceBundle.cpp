@@ -85,7 +85,9 @@ ResourceBundle::ResourceBundle(const ResourceBundle& other) = default;
 ResourceBundle& ResourceBundle::operator=(const ResourceBundle& other) = default;
 ResourceBundle::~ResourceBundle() = default;
 
-std::string ResourceBundle::getString(const std::string& key) const {
+std::string ResourceBundle::getString(const std::string& key) const { return find(key); }
+
+const std::string& ResourceBundle::find(const std::string& key) const {
   internal::MethodTrace trace(rd, this, "getString", key);
   const auto message = catalogue_->messages.find(key);
   return trace.result(message == catalogue_->messages.end() ? key : message->second);

@@ -27,7 +27,6 @@ using SetEventHook = ImportHook<"SetEvent", decltype(SetEvent)>;
 using WaitHook = ImportHook<"WaitForSingleObject", decltype(WaitForSingleObject)>;
 
 TEST(MonitorFaults, AnEventThatCannotBeCreatedIsReportedAndLeavesNothingOpen) {
-  onOtherThread([] { return 0; });
   const HandleBaseline handles;
   {
     CreateEventHook hook;

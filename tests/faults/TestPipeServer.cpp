@@ -165,7 +165,9 @@ TEST_F(PipeServer, ServesAClientThatConnectedBeforeTheAccept) {
   hook.replaceWith([&](HANDLE pipe, OVERLAPPED* overlapped) {
     if (hook.calls() == 1) early = std::make_unique<RawClient>(name_);
     const BOOL done = hook.callOriginal(pipe, overlapped);
-    if (hook.calls() == 1) EXPECT_EQ(GetLastError(), static_cast<DWORD>(ERROR_PIPE_CONNECTED));
+    if (hook.calls() == 1) {
+      EXPECT_EQ(GetLastError(), static_cast<DWORD>(ERROR_PIPE_CONNECTED));
+    }
     return done;
   });
   server_->connect();

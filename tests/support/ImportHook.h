@@ -7,6 +7,7 @@
 #include <memory>
 #include <mutex>
 #include <optional>
+#include <type_traits>
 #include <utility>
 
 namespace tessel::test {
@@ -55,6 +56,9 @@ template <ImportName name, class Result, class... Arguments>
 class ImportHook<name, Result(Arguments...)> {
 public:
   using Replacement = std::function<Result(Arguments...)>;
+  // A function without a result takes this one for a failure that changes only the last error.
+  struct Nothing {};
+  using Value = std::conditional_t<std::is_void_v<Result>, Nothing, Result>;
 
   ImportHook() {
     const std::lock_guard guard(mutex_);
@@ -65,8 +69,8 @@ public:
   ImportHook& operator=(const ImportHook&) = delete;
 
   void replaceWith(Replacement replacement) { replace(std::move(replacement), false); }
-  void failAlways(unsigned long error, Result result = Result()) { replace(failure(error, result), false); }
-  void failOnce(unsigned long error, Result result = Result()) { replace(failure(error, result), true); }
+  void failAlways(unsigned long error, Value result = Value()) { replace(failure(error, result), false); }
+  void failOnce(unsigned long error, Value result = Value()) { replace(failure(error, result), true); }
 
   void passOn() {
     const std::lock_guard guard(mutex_);
@@ -96,10 +100,10 @@ private:
     return onlyOnce_ ? std::exchange(replacement_, nullptr) : replacement_;
   }
 
-  static Replacement failure(unsigned long error, Result result) {
+  static Replacement failure(unsigned long error, Value result) {
     return [error, result](Arguments...) {
       setLastError(error);
-      return result;
+      return static_cast<Result>(result);
     };
   }
 

@@ -2,7 +2,8 @@
 #pragma once
 
 #include <functional>
-#include <future>
+#include <optional>
+#include <type_traits>
 #include <utility>
 
 #include <tessel/NYXRunnable.h>
@@ -19,10 +20,21 @@ private:
   std::function<long()> body_;
 };
 
-// Calls on another thread, waits, and hands on the result or the exception.
+// Calls on another thread and waits. An exception is thrown on. Nothing stays open: a std::thread would leave what
+// the run-time keeps for the next one, and handles could not be counted.
+void runOnOtherThread(const std::function<void()>& call);
+
+// The same with the call's result.
 template <class Call>
 auto onOtherThread(const Call& call) {
-  return std::async(std::launch::async, call).get();
+  using Result = std::invoke_result_t<const Call&>;
+  if constexpr (std::is_void_v<Result>) {
+    runOnOtherThread(call);
+  } else {
+    std::optional<Result> result;
+    runOnOtherThread([&] { result.emplace(call()); });
+    return *std::move(result);
+  }
 }
 
 }  // namespace tessel::test

@@ -9,7 +9,14 @@ namespace tessel::internal {
 // a lock and an unlock.
 inline DWORD currentThreadId() noexcept {
   constexpr DWORD kThreadIdOffset = 0x48;
+#ifdef __GNUC__
+  // The intrinsic makes g++ 12 see an access outside of an array.
+  DWORD id;
+  __asm__("movl %%gs:%c1, %0" : "=r"(id) : "i"(kThreadIdOffset));
+  return id;
+#else
   return __readgsdword(kThreadIdOffset);
+#endif
 }
 
 }  // namespace tessel::internal
