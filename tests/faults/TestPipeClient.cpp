@@ -7,10 +7,12 @@
 #include <tessel/IPCNotFoundException.h>
 
 #include "faults/PipeFaults.h"
+#include "support/ChildProcess.h"
 #include "support/EchoListener.h"
 #include "support/EventRecorder.h"
 #include "support/Handles.h"
 #include "support/RawPipe.h"
+#include "support/StartedChild.h"
 
 namespace tessel::test {
 namespace {
@@ -21,9 +23,24 @@ using ReadFileHook = ImportHook<"ReadFile", decltype(ReadFile)>;
 using OverlappedResultHook = ImportHook<"GetOverlappedResult", decltype(GetOverlappedResult)>;
 using SleepHook = ImportHook<"Sleep", decltype(Sleep)>;
 
+const ChildRegistration echoServer("serves-the-faulty-client", [] {
+  EchoListener listener;
+  const TestServer running(listener, -1, StartedChild::argument());
+  Sleep(INFINITE);
+  return 0;
+});
+
+// The server is another process: the handles of this one are the client's alone.
 class PipeClient : public testing::Test {
 protected:
-  std::string text(const char* key, DWORD error) const { return messageText(key, server_.name(), systemText(error)); }
+  static void SetUpTestSuite() {
+    service_ = uniqueService();
+    server_ = std::make_unique<StartedChild>("serves-the-faulty-client", service_);
+    connectWhenServed(service_)->ask(1, "x");
+  }
+  static void TearDownTestSuite() { server_.reset(); }
+
+  std::string text(const char* key, DWORD error) const { return messageText(key, service_, systemText(error)); }
 
   template <class Exception>
   std::string connectFailure() {
@@ -50,16 +67,16 @@ protected:
     client_->disconnect();
   }
 
-  EchoListener listener_;
-  TestServer server_{listener_};
-  const std::unique_ptr<IPCClient> client_{IPCClient::newInstance(server_.name(), NativeProperties())};
+  static inline std::string service_;
+  static inline std::unique_ptr<StartedChild> server_;
+  const std::unique_ptr<IPCClient> client_{IPCClient::newInstance(service_, NativeProperties())};
 };
 
 TEST_F(PipeClient, OpensThePipeAsDocumented) {
   CreateFileHook hook;
   hook.replaceWith([&](const char* path, DWORD access, DWORD share, SECURITY_ATTRIBUTES* attributes, DWORD disposition,
                        DWORD flags, HANDLE like) {
-    EXPECT_EQ(path, "\\\\.\\pipe\\" + server_.name());
+    EXPECT_EQ(path, "\\\\.\\pipe\\" + service_);
     EXPECT_EQ(access, GENERIC_READ | GENERIC_WRITE);
     EXPECT_EQ(share, 0U);
     EXPECT_EQ(attributes, nullptr);
@@ -94,7 +111,7 @@ TEST_F(PipeClient, GivesUpWhenThePipeStaysBusyForTwentySeconds) {
   open.failOnce(ERROR_PIPE_BUSY, INVALID_HANDLE_VALUE);
   WaitNamedPipeHook wait;
   wait.replaceWith([&](const char* path, DWORD milliseconds) {
-    EXPECT_EQ(path, "\\\\.\\pipe\\" + server_.name());
+    EXPECT_EQ(path, "\\\\.\\pipe\\" + service_);
     EXPECT_EQ(milliseconds, 20000U);
     SetLastError(ERROR_SEM_TIMEOUT);
     return FALSE;
@@ -148,7 +165,7 @@ TEST_F(PipeClient, CannotMakeTheEventOfItsRead) {
   hook.passOn();
 }
 
-// Stands in for the reads of the test's own thread; the server's threads read as ever.
+// Stands in for the reads of the test's own thread.
 class ReadsOfThisThread {
 public:
   // What the next reads do; then they fail with kRare.
@@ -189,10 +206,10 @@ TEST_F(PipeClient, CannotReadFromAServerThatIsGoneAtOnce) {
 
 TEST_F(PipeClient, ReturnsTheDefaultMessageAtTheEndOfFile) {
   client_->connect();
-  const HandleBaseline handles;
   EventRecorder recorder;
   const Tracing tracing("IPCClientImpl");
   const ReadsOfThisThread reads({ERROR_HANDLE_EOF});
+  const HandleBaseline handles;
   EXPECT_EQ(shown(ask()), "IPCMessage id:-1 status:0 text :");
   EXPECT_EQ(recorder.traced("ERROR_HANDLE_EOF"), 1);
   EXPECT_EQ(handles.growth(), 0);

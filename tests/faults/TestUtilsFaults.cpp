@@ -34,11 +34,14 @@ void expectGroupsWork() { EXPECT_FALSE(NYXUtils::isCurrentUserMemberOfGroup("no 
 
 class GroupFaults : public testing::Test {
 protected:
-  // What the system opens for good in the first look-ups of a process.
+  // What the system opens for good in the first look-ups and the first failures of a process.
   static void SetUpTestSuite() {
-    for (int i = 0; i < 6; ++i) {
+    for (int i = 0; i < 2; ++i) {
       expectGroupsWork();
-      printf("growth %ld\n", openHandles());
+      OpenTokenHook hook;
+      hook.failOnce(kRareError);
+      groupFailure();
+      expectGroupsWork();
     }
   }
   ~GroupFaults() override {

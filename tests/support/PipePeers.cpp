@@ -5,6 +5,7 @@
 #include <atomic>
 #include <sstream>
 
+#include <tessel/IPCNotFoundException.h>
 #include <tessel/NYXUtils.h>
 
 namespace tessel::test {
@@ -32,6 +33,16 @@ TestClient::TestClient(const std::string& name) : client_(IPCClient::newInstance
 }
 
 TestClient::~TestClient() { client_->disconnect(); }
+
+std::unique_ptr<TestClient> connectWhenServed(const std::string& name) {
+  for (;;) {
+    try {
+      return std::make_unique<TestClient>(name);
+    } catch (const IPCNotFoundException&) {
+      Sleep(1);  // the process is still starting
+    }
+  }
+}
 
 void expectServes(const std::string& name) {
   TestClient client(name);

@@ -50,6 +50,9 @@ private:
   std::unique_ptr<IPCClient> client_;
 };
 
+// A client connected as soon as a server of another process is there.
+std::unique_ptr<TestClient> connectWhenServed(const std::string& name);
+
 // Fails unless an echo server of that name answers a new client.
 void expectServes(const std::string& name);
 

@@ -52,21 +52,10 @@ const ChildRegistration hangingClient("sends-and-hangs", [] {
   return 0;
 });
 
-// Connects as soon as the server is there.
-std::unique_ptr<TestClient> waitForServer(const std::string& name) {
-  for (;;) {
-    try {
-      return std::make_unique<TestClient>(name);
-    } catch (const IPCNotFoundException&) {
-      Sleep(1);  // the process is still starting
-    }
-  }
-}
-
 TEST(IPCProcesses, ServeEachOther) {
   const std::string name = uniqueService();
   const StartedChild child("serves", name);
-  const auto client = waitForServer(name);
+  const auto client = connectWhenServed(name);
   EXPECT_NE(client->ask(1, "pid").getMessageText(), std::to_string(GetCurrentProcessId()));
   EXPECT_EQ(shown(client->ask(2, "across")), "IPCMessage id:2 status:0 text :across");
 }
@@ -104,7 +93,7 @@ TEST(IPCProcesses, MayBeKilledWhileTheyServe) {
   const Tracing tracing("IPCClientImpl");
   const std::string name = uniqueService();
   StartedChild child("serves", name);
-  const auto client = waitForServer(name);
+  const auto client = connectWhenServed(name);
   std::future<IPCMessage> reply = std::async(std::launch::async, [&] { return client->ask(1, "hold"); });
   ASSERT_TRUE(recorder.waitForTraced("ERROR_IO_PENDING"));
   child.kill();
@@ -120,7 +109,7 @@ TEST(IPCProcesses, TakeOverTheNameOfAKilledOne) {
   const std::string name = uniqueService();
   {
     StartedChild child("serves", name);
-    waitForServer(name);
+    connectWhenServed(name);
     child.kill();
   }
   EchoListener listener;

@@ -30,7 +30,7 @@ void logAll(const RasDescriptor& rd) {
 
 TEST(EventLog, EachOperationHasItsLevel) {
   const RasDescriptor rd("event.Levels");
-  rd.getLogger()->setLevel(LogLevel::ALL);
+  rd.getLogger()->setLevel(LogLevel::CONFIG);
   const test::RecordingHandler handler("event.Levels");
   logAll(rd);
   EXPECT_EQ((Texts{"config", "info", "warning", "error"}), handler.messages());

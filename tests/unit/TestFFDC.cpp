@@ -113,7 +113,9 @@ TEST(FFDC, ObjectIsShownAsInstanceBehindTheClass) {
 TEST(FFDC, NullObjectHasNoInstanceLine) {
   const Captures captures;
   FFDCTest::capture(nullptr);
-  for (const std::string& line : captures.records().at(0)) EXPECT_NE("Instance:", line.substr(0, 9));
+  const Texts lines = captures.records().at(0);
+  EXPECT_EQ(9U, lines.size());
+  for (const std::string& line : lines) EXPECT_NE("Instance:", line.substr(0, 9));
 }
 
 TEST(FFDC, ExtraValuesStandBetweenCauseAndEnd) {
