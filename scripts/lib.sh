@@ -34,7 +34,7 @@ wine_start() {
     wineserver -w
   fi
   trap wine_stop EXIT
-  wine_serve
+  wine_restart
 }
 
 # The server, and the services that the first program starts, get no output of ours: they would hold a pipe to our

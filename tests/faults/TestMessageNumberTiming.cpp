@@ -27,7 +27,7 @@ constexpr DWORD kRareError = 1234567;
 const std::string kRareText = "1234567";
 
 class DisturbingHandler : public LogHandler {
-public:
+ public:
   DisturbingHandler() : LogHandler(LogLevel::ALL) { Logger::getLogger("")->addHandler(*this); }
   ~DisturbingHandler() override { Logger::getLogger("")->removeHandler(*this); }
   DisturbingHandler(const DisturbingHandler&) = delete;
@@ -42,7 +42,7 @@ public:
 };
 
 class MessageNumber : public testing::Test {
-protected:
+ protected:
   MessageNumber() : trace("=ALL") {}
   ~MessageNumber() override { EXPECT_GT(handler.published, 0U); }
 

@@ -32,7 +32,7 @@ const ChildRegistration echoServer("serves-the-faulty-client", [] {
 
 // The server is another process: the handles of this one are the client's alone.
 class PipeClient : public testing::Test {
-protected:
+ protected:
   static void SetUpTestSuite() {
     service_ = uniqueService();
     server_ = std::make_unique<StartedChild>("serves-the-faulty-client", service_);
@@ -167,11 +167,11 @@ TEST_F(PipeClient, CannotMakeTheEventOfItsRead) {
 
 // Stands in for the reads of the test's own thread.
 class ReadsOfThisThread {
-public:
+ public:
   // What the next reads do; then they fail with kRare.
   explicit ReadsOfThisThread(std::vector<DWORD> errors) {
     hook_.replaceWith([this, errors, self = GetCurrentThreadId()](HANDLE pipe, void* buffer, DWORD size, DWORD* length,
-                                                                 OVERLAPPED* overlapped) {
+                                                                  OVERLAPPED* overlapped) {
       if (GetCurrentThreadId() != self) return hook_.callOriginal(pipe, buffer, size, length, overlapped);
       EXPECT_EQ(GetLastError(), static_cast<DWORD>(NO_ERROR)) << "cleared before each read";
       EXPECT_EQ(size, 1044U);
@@ -186,7 +186,7 @@ public:
   char* buffer() const { return buffer_; }
   std::size_t count() const { return count_; }
 
-private:
+ private:
   ReadFileHook hook_;
   char* buffer_ = nullptr;
   std::size_t count_ = 0;
@@ -217,7 +217,7 @@ TEST_F(PipeClient, ReturnsTheDefaultMessageAtTheEndOfFile) {
 
 // A read that stays pending: what the polls find, and how long the client sleeps before each.
 class PendingRead {
-public:
+ public:
   // An error for each poll; NO_ERROR completes the read with the reply.
   PendingRead(std::vector<DWORD> errors, std::string reply) {
     const DWORD self = GetCurrentThreadId();
@@ -237,7 +237,7 @@ public:
 
   const std::vector<DWORD>& sleeps() const { return sleeps_; }
 
-private:
+ private:
   ReadsOfThisThread reads_{{ERROR_IO_PENDING}};
   OverlappedResultHook result_;
   SleepHook sleep_;

@@ -11,7 +11,7 @@ namespace tessel::test {
 namespace {
 
 class PipeSecurity : public testing::Test {
-protected:
+ protected:
   // What connect throws. No pipe is made, and nothing stays open but what always does.
   void expectSetupFailure(DWORD error = kRare) {
     const HandleBaseline handles;

@@ -26,7 +26,7 @@ using CreateEventHook = ImportHook<"CreateEventA", decltype(CreateEventA)>;
 using CreateFileHook = ImportHook<"CreateFileA", decltype(CreateFileA)>;
 
 class PipeServer : public testing::Test {
-protected:
+ protected:
   std::string text(const char* key, DWORD error) const { return messageText(key, name_, systemText(error)); }
 
   EventRecorder recorder_;
@@ -233,8 +233,7 @@ TEST_F(PipeServer, DropsAClientWhoseThreadCannotBeStarted) {
   expectServes(name_);
   server_->disconnect();
   const std::string reason = messageText("KTBNV0013_UNABLE_TO_CREATE_THREAD", std::to_string(kRare));
-  EXPECT_EQ(recorder_.errors(),
-            std::vector<std::string>{messageText("KTBNV0088_THREAD_START_FAILED", name_, reason)});
+  EXPECT_EQ(recorder_.errors(), std::vector<std::string>{messageText("KTBNV0088_THREAD_START_FAILED", name_, reason)});
 }
 
 TEST_F(PipeServer, DropsAClientWhoseMonitorCannotBeMade) {
@@ -246,8 +245,7 @@ TEST_F(PipeServer, DropsAClientWhoseMonitorCannotBeMade) {
   expectServes(name_);
   server_->disconnect();
   const std::string reason = messageText("KTBNV0008_UNABLE_TO_CREATE_EVENT", std::to_string(kRare));
-  EXPECT_EQ(recorder_.errors(),
-            std::vector<std::string>{messageText("KTBNV0088_THREAD_START_FAILED", name_, reason)});
+  EXPECT_EQ(recorder_.errors(), std::vector<std::string>{messageText("KTBNV0088_THREAD_START_FAILED", name_, reason)});
 }
 
 TEST_F(PipeServer, StopsAlthoughItCannotConnectToItself) {
@@ -300,7 +298,7 @@ TEST_F(PipeServer, TerminatesTheThreadWhoseReadCannotBeCancelled) {
 }
 
 class ConnectionListener : public testing::Test {
-protected:
+ protected:
   EventRecorder recorder_;
   EchoListener echo_;
   const std::string name_ = uniqueService();

@@ -15,7 +15,7 @@ namespace tessel::test {
 namespace {
 
 class PipeWorker : public testing::Test {
-protected:
+ protected:
   struct Read {
     std::string bytes;
     DWORD error;

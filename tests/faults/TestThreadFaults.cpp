@@ -20,7 +20,7 @@ const std::string kRareText = "12345";
 
 // A thread that has been started once before, so that what a process opens with its first thread is there.
 class ThreadFaults : public testing::Test {
-protected:
+ protected:
   ThreadFaults() {
     thread.start();
     thread.join();
@@ -123,7 +123,8 @@ TEST_F(ThreadFaults, AJoinThatEndsAnotherWayTellsTheResultOfTheWait) {
               messageText("KTBNV0016_WAIT_FOR_THREAD_FAILED2", std::to_string(result)));
   }
   hook.failOnce(kRareError, WAIT_ABANDONED);
-  EXPECT_EQ(thrownBy<NYXException>([&] { thread.joinFor(5); }), messageText("KTBNV0016_WAIT_FOR_THREAD_FAILED2", "128"));
+  EXPECT_EQ(thrownBy<NYXException>([&] { thread.joinFor(5); }),
+            messageText("KTBNV0016_WAIT_FOR_THREAD_FAILED2", "128"));
   EXPECT_NO_THROW(thread.join());
 }
 

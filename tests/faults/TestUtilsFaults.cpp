@@ -33,7 +33,7 @@ std::string groupFailure() {
 void expectGroupsWork() { EXPECT_FALSE(NYXUtils::isCurrentUserMemberOfGroup("no such group")); }
 
 class GroupFaults : public testing::Test {
-protected:
+ protected:
   // What the system opens for good in the first look-ups and the first failures of a process.
   static void SetUpTestSuite() {
     for (int i = 0; i < 2; ++i) {
@@ -133,8 +133,7 @@ TEST_F(GroupFaults, AGroupWithoutANameIsPassedOver) {
 
 TEST_F(GroupFaults, AGroupIsMatchedInAnyDomain) {
   AccountHook hook;
-  hook.replaceWith([](LPCSTR, PSID, LPSTR name, LPDWORD nameLength, LPSTR domain, LPDWORD domainLength,
-                      PSID_NAME_USE) {
+  hook.replaceWith([](LPCSTR, PSID, LPSTR name, LPDWORD nameLength, LPSTR domain, LPDWORD domainLength, PSID_NAME_USE) {
     answer("omni", name, nameLength);
     answer("ELSEWHERE", domain, domainLength);
     return TRUE;
@@ -147,8 +146,7 @@ TEST_F(GroupFaults, AGroupIsMatchedInAnyDomain) {
 
 TEST_F(GroupFaults, AGroupWhoseNameIsEmptyMatchesNothing) {
   AccountHook hook;
-  hook.replaceWith([](LPCSTR, PSID, LPSTR name, LPDWORD nameLength, LPSTR domain, LPDWORD domainLength,
-                      PSID_NAME_USE) {
+  hook.replaceWith([](LPCSTR, PSID, LPSTR name, LPDWORD nameLength, LPSTR domain, LPDWORD domainLength, PSID_NAME_USE) {
     answer("", name, nameLength);
     answer("", domain, domainLength);
     return TRUE;
@@ -180,12 +178,12 @@ TEST_F(GroupFaults, ADenyOnlyGroupCounts) {
     return done;
   });
   AccountHook accounts;
-  accounts.replaceWith([](LPCSTR, PSID, LPSTR name, LPDWORD nameLength, LPSTR domain, LPDWORD domainLength,
-                          PSID_NAME_USE) {
-    answer("Administrators", name, nameLength);
-    answer("BUILTIN", domain, domainLength);
-    return TRUE;
-  });
+  accounts.replaceWith(
+      [](LPCSTR, PSID, LPSTR name, LPDWORD nameLength, LPSTR domain, LPDWORD domainLength, PSID_NAME_USE) {
+        answer("Administrators", name, nameLength);
+        answer("BUILTIN", domain, domainLength);
+        return TRUE;
+      });
   EXPECT_TRUE(NYXUtils::isCurrentUserMemberOfGroup("Administrators"));
   EXPECT_FALSE(NYXUtils::isCurrentUserMemberOfGroup("administrators"));
 }

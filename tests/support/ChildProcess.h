@@ -12,7 +12,7 @@ using ChildBody = int (*)();
 // Makes a body known by name. As a static object beside the test:
 //   const ChildRegistration registration("throws", [] { ...; return 0; });
 class ChildRegistration {
-public:
+ public:
   ChildRegistration(const std::string& name, ChildBody body);
 };
 

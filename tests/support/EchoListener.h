@@ -13,7 +13,7 @@ namespace tessel::test {
 
 // Sends every request back.
 class EchoListener : public IPCListener {
-public:
+ public:
   IPCMessage onMessage(const IPCMessage& request) override {
     ++requests_;
     return request;
@@ -21,19 +21,19 @@ public:
 
   int requests() const { return requests_; }
 
-private:
+ private:
   std::atomic<int> requests_{0};
 };
 
 // Fails every request with the message "boom".
 class FailingListener : public IPCListener {
-public:
+ public:
   IPCMessage onMessage(const IPCMessage&) override { throw NYXException("boom"); }
 };
 
 // Sends requests back once it is released; until then its workers are inside onMessage.
 class BlockingListener : public IPCListener {
-public:
+ public:
   IPCMessage onMessage(const IPCMessage& request) override {
     ++inside_;
     entered_.set();
@@ -46,7 +46,7 @@ public:
   void release() { released_.set(); }
   int entries() const { return inside_; }
 
-private:
+ private:
   std::atomic<int> inside_{0};
   Event entered_;
   Event released_;

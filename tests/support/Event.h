@@ -13,7 +13,7 @@ inline constexpr std::chrono::seconds kWatchdog{30};
 
 // Stays set once it was set.
 class Event {
-public:
+ public:
   void set() {
     const std::lock_guard guard(mutex_);
     set_ = true;
@@ -26,7 +26,7 @@ public:
     return changed_.wait_for(guard, limit, [&] { return set_; });
   }
 
-private:
+ private:
   std::mutex mutex_;
   std::condition_variable changed_;
   bool set_ = false;

@@ -57,8 +57,8 @@ std::vector<std::string> EventRecorder::errors() const {
 
 int EventRecorder::traced(const std::string& argument) const {
   const std::lock_guard guard(mutex_);
-  return static_cast<int>(std::count_if(points_.begin(), points_.end(),
-                                        [&](const Point& point) { return point.argument == argument; }));
+  return static_cast<int>(
+      std::count_if(points_.begin(), points_.end(), [&](const Point& point) { return point.argument == argument; }));
 }
 
 bool EventRecorder::waitForTraced(const std::string& argument, int times) {
@@ -71,8 +71,8 @@ bool EventRecorder::waitForTraced(const std::string& argument, int times) {
 
 std::string EventRecorder::tracedValue(const std::string& argument) const {
   const std::lock_guard guard(mutex_);
-  const auto last = std::find_if(points_.rbegin(), points_.rend(),
-                                 [&](const Point& point) { return point.argument == argument; });
+  const auto last =
+      std::find_if(points_.rbegin(), points_.rend(), [&](const Point& point) { return point.argument == argument; });
   return last == points_.rend() ? std::string() : last->value;
 }
 

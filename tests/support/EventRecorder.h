@@ -13,7 +13,7 @@ namespace tessel::test {
 // Keeps the texts of all events and the arguments of all data trace points of the process, from its construction
 // to its destruction.
 class EventRecorder : public LogHandler {
-public:
+ public:
   EventRecorder();
   ~EventRecorder() override;
 
@@ -34,7 +34,7 @@ public:
   // The second argument of the last of them; empty when there is none.
   std::string tracedValue(const std::string& argument) const;
 
-private:
+ private:
   struct Point {
     std::string argument;
     std::string value;
@@ -49,7 +49,7 @@ private:
 
 // Switches all trace points of some classes on, for its life.
 class Tracing {
-public:
+ public:
   explicit Tracing(const std::string& classNames);
   ~Tracing();
   Tracing(const Tracing&) = delete;

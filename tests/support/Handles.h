@@ -8,11 +8,11 @@ long openHandles();
 
 // How many handles were opened and not closed since the object was made.
 class HandleBaseline {
-public:
+ public:
   HandleBaseline() : before_(openHandles()) {}
   long growth() const { return openHandles() - before_; }
 
-private:
+ private:
   long before_;
 };
 

@@ -15,7 +15,7 @@ namespace tessel::test {
 // One entry of the import table of the loaded tesselnative.dll, exchanged for the life of the object. Only calls
 // that the library makes itself are affected, those of the run-time inside it included.
 class ImportSlot {
-public:
+ public:
   // Throws std::runtime_error when the library does not import the function.
   ImportSlot(const char* function, void* replacement);
   ~ImportSlot();
@@ -24,7 +24,7 @@ public:
 
   void* original() const { return original_; }
 
-private:
+ private:
   void** slot_;
   void* original_;
 };
@@ -54,7 +54,7 @@ class ImportHook;
 
 template <ImportName name, class Result, class... Arguments>
 class ImportHook<name, Result(Arguments...)> {
-public:
+ public:
   using Replacement = std::function<Result(Arguments...)>;
   // A function without a result takes this one for a failure that changes only the last error.
   struct Nothing {};
@@ -87,7 +87,7 @@ public:
     return calls_;
   }
 
-private:
+ private:
   static Result enter(Arguments... arguments) {
     ImportHook& hook = *current;
     const std::shared_ptr<const Replacement> replacement = hook.take();

@@ -24,20 +24,20 @@ std::string shown(const IPCMessage& message);
 
 // A connected server; stops at the end of its life.
 class TestServer {
-public:
+ public:
   explicit TestServer(IPCListener& listener, int maxConnections = -1, const std::string& name = uniqueService());
 
   const std::string& name() const { return name_; }
   IPCServer* operator->() const { return server_.get(); }
 
-private:
+ private:
   std::string name_;
   std::unique_ptr<IPCServer> server_;
 };
 
 // A connected client; disconnects at the end of its life.
 class TestClient {
-public:
+ public:
   explicit TestClient(const std::string& name);
   ~TestClient();
   TestClient(const TestClient&) = delete;
@@ -46,7 +46,7 @@ public:
   IPCMessage ask(long id, const std::string& text) { return client_->sendMessage(IPCMessage(id, text), 1); }
   IPCClient* operator->() const { return client_.get(); }
 
-private:
+ private:
   std::unique_ptr<IPCClient> client_;
 };
 

@@ -20,7 +20,7 @@ std::string wireMessage(std::uint32_t id, std::uint32_t status, const std::strin
 
 // One end of a pipe in message mode; its operations block. Owns the handle.
 class RawPipe {
-public:
+ public:
   explicit RawPipe(HANDLE handle) : handle_(handle) {}
   RawPipe(const RawPipe&) = delete;
   RawPipe& operator=(const RawPipe&) = delete;
@@ -40,20 +40,20 @@ public:
   DWORD error() const { return error_; }
   void close();
 
-protected:
+ protected:
   HANDLE handle_;
   DWORD error_ = NO_ERROR;
 };
 
 // The client's end. Waits while all instances are busy, for 30 seconds at most.
 class RawClient : public RawPipe {
-public:
+ public:
   explicit RawClient(const std::string& serviceName);
 };
 
 // The only instance of a pipe with the given name.
 class RawServer : public RawPipe {
-public:
+ public:
   explicit RawServer(const std::string& serviceName);
 
   // Blocks until a client is there.

@@ -9,7 +9,7 @@ namespace tessel::test {
 
 // Runs a registered child body; see ChildRegistration. Its argument reaches the child through the environment.
 class StartedChild {
-public:
+ public:
   StartedChild(const std::string& body, const std::string& argument);
   // Kills the child when it still runs.
   ~StartedChild();
@@ -25,7 +25,7 @@ public:
   // In the child: the argument.
   static std::string argument();
 
-private:
+ private:
   HANDLE process_ = nullptr;
 };
 

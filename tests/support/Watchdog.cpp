@@ -16,7 +16,7 @@ using Clock = std::chrono::steady_clock;
 struct Watch {
   std::mutex mutex;
   std::condition_variable changed;
-  std::string name;                                 // empty between tests
+  std::string name;  // empty between tests
   Clock::time_point deadline = Clock::time_point::max();
 };
 

@@ -12,7 +12,7 @@ inline constexpr std::chrono::seconds kTestLimit{60};
 // A listener: appended once, before the tests run. A test that runs longer than its limit is named on standard
 // error and the process ends with code 3.
 class Watchdog : public testing::EmptyTestEventListener {
-public:
+ public:
   Watchdog();
 
   void OnTestStart(const testing::TestInfo& info) override;

@@ -12,11 +12,11 @@ namespace tessel::test {
 
 // A runnable made of a function.
 class Work : public NYXRunnable {
-public:
+ public:
   explicit Work(std::function<long()> body) : body_(std::move(body)) {}
   long run() override { return body_(); }
 
-private:
+ private:
   std::function<long()> body_;
 };
 

@@ -19,7 +19,7 @@ namespace {
 std::string failure(const std::string& message) { return wireMessage(0, 1, message); }
 
 class ForeignClients : public testing::Test {
-protected:
+ protected:
   // The connection answers a good request afterwards, and so does the server.
   void expectAnswer(const std::string& request, const std::string& reply) {
     RawClient client(server_.name());
@@ -45,7 +45,9 @@ protected:
 };
 
 TEST_F(ForeignClients, GetTheReplyByteForByte) {
-  expectAnswer(wireMessage(5, 0, "abc"), std::string("NYXI\0\0\0\x08\0\0\0\x05\0\0\0\0\0\0\0\x03" "abc", 23));
+  expectAnswer(wireMessage(5, 0, "abc"), std::string("NYXI\0\0\0\x08\0\0\0\x05\0\0\0\0\0\0\0\x03"
+                                                     "abc",
+                                                     23));
 }
 
 TEST_F(ForeignClients, MayLeaveWithoutAWord) {

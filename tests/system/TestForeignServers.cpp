@@ -17,7 +17,7 @@ namespace {
 
 // A server of one connection whose behaviour is given.
 class ForeignServer {
-public:
+ public:
   explicit ForeignServer(std::function<void(RawServer&)> behaviour)
       : pipe_(name_), thread_([this, behaviour] {
           pipe_.accept();
@@ -29,7 +29,7 @@ public:
 
   const std::string& name() const { return name_; }
 
-private:
+ private:
   const std::string name_ = uniqueService();
   RawServer pipe_;
   std::thread thread_;
@@ -58,7 +58,8 @@ TEST(ForeignServers, GetTheRequestByteForByte) {
 TEST(ForeignServers, MaySendTheReplyInTwoMessages) {
   // Each message goes to the start of the buffer: the second one is what is parsed.
   ForeignServer server(answering({wireMessage(5, 0, "", 40), wireMessage(6, 0, "the whole text in the second")}));
-  EXPECT_EQ(shown(TestClient(server.name()).ask(1, "x")), "IPCMessage id:6 status:0 text :the whole text in the second");
+  EXPECT_EQ(shown(TestClient(server.name()).ask(1, "x")),
+            "IPCMessage id:6 status:0 text :the whole text in the second");
 }
 
 TEST(ForeignServers, MaySendTheTextInAMessageOfItsOwn) {

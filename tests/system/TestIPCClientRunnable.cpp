@@ -17,7 +17,7 @@ namespace {
 
 // A worker with its connected client. The thread has ended when the object goes.
 class Worker {
-public:
+ public:
   explicit Worker(IPCListener& listener)
       : pipe_(name_), client(name_), runnable(name_, accepted(pipe_), listener), thread_(&runnable) {
     thread_.start();
@@ -41,7 +41,7 @@ public:
     return thread_.getExitCode();
   }
 
-private:
+ private:
   static HANDLE accepted(RawServer& pipe) {
     EXPECT_TRUE(pipe.accept());
     return pipe.handle();
@@ -50,11 +50,11 @@ private:
   const std::string name_ = uniqueService();
   RawServer pipe_;
 
-public:
+ public:
   RawClient client;
   IPCClientRunnable runnable;
 
-private:
+ private:
   NYXThreadImpl thread_;
 };
 
@@ -87,8 +87,7 @@ TEST(IPCClientRunnable, AnswersAWrongEyeCatcherAndStaysConnected) {
   EventRecorder recorder;
   EchoListener listener;
   Worker worker(listener);
-  EXPECT_EQ(worker.client.ask(std::string(1044, 'q')),
-            wireMessage(0, 1, messageText("KTBNV0092_INVALID_EYE_CATCHER")));
+  EXPECT_EQ(worker.client.ask(std::string(1044, 'q')), wireMessage(0, 1, messageText("KTBNV0092_INVALID_EYE_CATCHER")));
   EXPECT_EQ(worker.client.ask(wireMessage(2, 0, "y")), wireMessage(2, 0, "y"));
   EXPECT_EQ(recorder.errors(), std::vector<std::string>{});
 }
@@ -131,8 +130,8 @@ TEST(IPCClientRunnable, ReportsAReplyToAClientThatIsGone) {
   worker.client.close();
   listener.release();
   EXPECT_EQ(worker.exitCode(), ERROR_NO_DATA);
-  EXPECT_EQ(recorder.errors(), std::vector<std::string>{messageText("KTBNV0086_WRITE_FAILED", worker.name(),
-                                                                    systemText(ERROR_NO_DATA))});
+  EXPECT_EQ(recorder.errors(),
+            std::vector<std::string>{messageText("KTBNV0086_WRITE_FAILED", worker.name(), systemText(ERROR_NO_DATA))});
   EXPECT_TRUE(worker.runnable.shutdown()) << "a worker that ended on its way stays marked as processing";
 }
 
@@ -152,8 +151,8 @@ TEST(IPCClientRunnable, EndsAtAMessageOfNoBytesAndReportsItOnce) {
   SetLastError(ERROR_INVALID_HANDLE);
   ASSERT_TRUE(worker.client.write(""));
   EXPECT_EQ(worker.exitCode(), 0) << "the system has no number for it";
-  EXPECT_EQ(recorder.errors(), std::vector<std::string>{messageText("KTBNV0085_READ_FAILED", worker.name(),
-                                                                    systemText(NO_ERROR))});
+  EXPECT_EQ(recorder.errors(),
+            std::vector<std::string>{messageText("KTBNV0085_READ_FAILED", worker.name(), systemText(NO_ERROR))});
 }
 
 TEST(IPCClientRunnable, DecidesNoTextByBytesOfAnEarlierMessage) {
@@ -166,7 +165,7 @@ TEST(IPCClientRunnable, DecidesNoTextByBytesOfAnEarlierMessage) {
 }
 
 class ForeignlyFailingListener : public IPCListener {
-public:
+ public:
   IPCMessage onMessage(const IPCMessage&) override { throw std::runtime_error("foreign"); }
 };
 

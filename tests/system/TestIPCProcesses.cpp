@@ -19,7 +19,7 @@ namespace {
 
 // Answers "pid" with its process id, holds back the reply to "hold", sends back everything else.
 class ChildListener : public IPCListener {
-public:
+ public:
   IPCMessage onMessage(const IPCMessage& request) override {
     if (request.getMessageText() == "pid") {
       return IPCMessage(request.getMessageId(), std::to_string(GetCurrentProcessId()));
@@ -84,8 +84,8 @@ TEST(IPCProcesses, MayBeKilledInTheMiddleOfAnExchange) {
   listener.release();
   expectServes(here.name());
   here->disconnect();
-  EXPECT_EQ(recorder.errors(), std::vector<std::string>{messageText("KTBNV0086_WRITE_FAILED", here.name(),
-                                                                    systemText(ERROR_NO_DATA))});
+  EXPECT_EQ(recorder.errors(),
+            std::vector<std::string>{messageText("KTBNV0086_WRITE_FAILED", here.name(), systemText(ERROR_NO_DATA))});
 }
 
 TEST(IPCProcesses, MayBeKilledWhileTheyServe) {

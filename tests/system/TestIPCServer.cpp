@@ -151,7 +151,7 @@ TEST(IPCServer, ServesEachServiceByItsOwnListener) {
 
 // Answers with the text of what happens when the server is told to stop from inside a request.
 class StoppingListener : public IPCListener {
-public:
+ public:
   IPCMessage onMessage(const IPCMessage& request) override {
     try {
       server->disconnect();

@@ -34,14 +34,14 @@ Block administrators() {
 }
 
 class PipeAccess : public testing::Test {
-protected:
+ protected:
   void SetUp() override {
     const RawClient client(server_.name());
     DWORD length = 0;
     GetKernelObjectSecurity(client.handle(), DACL_SECURITY_INFORMATION, nullptr, 0, &length);
     descriptor_.resize(length / sizeof(std::max_align_t) + 1);
-    ASSERT_TRUE(GetKernelObjectSecurity(client.handle(), DACL_SECURITY_INFORMATION, descriptor_.data(), length,
-                                        &length));
+    ASSERT_TRUE(
+        GetKernelObjectSecurity(client.handle(), DACL_SECURITY_INFORMATION, descriptor_.data(), length, &length));
     BOOL present = FALSE;
     BOOL defaulted = TRUE;
     ASSERT_TRUE(GetSecurityDescriptorDacl(descriptor_.data(), &present, &list_, &defaulted));

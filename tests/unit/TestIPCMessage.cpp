@@ -21,7 +21,7 @@ using Bytes = std::vector<unsigned char>;
 
 // The received bytes of a message, followed by the four zero bytes of room that every reader has behind them.
 class Received {
-public:
+ public:
   Received& raw(const Bytes& more) {
     bytes_.insert(bytes_.end(), more.begin(), more.end());
     return *this;
@@ -44,7 +44,7 @@ public:
     return IPCMessage(buffer.data(), static_cast<unsigned>(bytes_.size()));
   }
 
-private:
+ private:
   Bytes bytes_;
 };
 
@@ -125,8 +125,7 @@ TEST(IPCMessage, IsWrittenBigEndian) {
 
 TEST(IPCMessage, WritesNegativeNumbersInTwosComplement) {
   const Bytes bytes = wireForm(IPCMessage(-1, -2, ""));
-  EXPECT_EQ(Bytes(bytes.begin() + 8, bytes.begin() + 16),
-            (Bytes{0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFE}));
+  EXPECT_EQ(Bytes(bytes.begin() + 8, bytes.begin() + 16), (Bytes{0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFE}));
 }
 
 TEST(IPCMessage, ReadsNegativeNumbersBack) {
@@ -205,9 +204,7 @@ TEST(IPCMessage, FewerThanEightBytesAreTooShort) {
   for (std::size_t n = 0; n < 8; ++n) EXPECT_EQ(tooShort(header(1, 0, 0).length(n)), text91(n)) << n;
 }
 
-TEST(IPCMessage, SevenBytesAreTooShortWhateverTheyAre) {
-  EXPECT_EQ(tooShort(Received().text("ABCDEFG")), text91(7));
-}
+TEST(IPCMessage, SevenBytesAreTooShortWhateverTheyAre) { EXPECT_EQ(tooShort(Received().text("ABCDEFG")), text91(7)); }
 
 TEST(IPCMessage, EightBytesWithAnotherEyeCatcherAreInvalid) {
   for (const char* wrong : {"XYXI", "NXXI", "NYYI", "NYXX", "nyxi"}) {

@@ -26,7 +26,7 @@ using Texts = std::vector<std::string>;
 
 // The system's own event: also a thread that is terminated while it waits leaves it whole.
 class SystemEvent {
-public:
+ public:
   SystemEvent() : handle_(CreateEventA(nullptr, TRUE, FALSE, nullptr)) {}
   ~SystemEvent() { CloseHandle(handle_); }
   SystemEvent(const SystemEvent&) = delete;
@@ -35,7 +35,7 @@ public:
   void set() const { SetEvent(handle_); }
   void await() const { WaitForSingleObject(handle_, INFINITE); }
 
-private:
+ private:
   HANDLE handle_;
 };
 
@@ -251,7 +251,7 @@ int runThrowing(std::function<long()> body) {
 }
 
 class Unexpected : public std::runtime_error {
-public:
+ public:
   using std::runtime_error::runtime_error;
 };
 

@@ -166,7 +166,7 @@ TEST(Monitor, NotifyAllWakesEveryWaiter) {
 
 TEST(Monitor, WaitWithoutLimitGoesThroughTheVirtualOperation) {
   class Recording : public NYXThreadSyncImpl {
-  public:
+   public:
     using NYXThreadSyncImpl::wait;
     int wait(long timeoutMillis) override {
       limits.push_back(timeoutMillis);

@@ -23,7 +23,7 @@ using testing::HasSubstr;
 
 // Sets or, with null, removes an environment variable for a scope.
 class Variable {
-public:
+ public:
   Variable(const char* name, const char* value) : name_(name) {
     std::array<char, 32767> old{};
     wasSet_ = GetEnvironmentVariableA(name, old.data(), static_cast<DWORD>(old.size())) != 0;
@@ -34,7 +34,7 @@ public:
   Variable(const Variable&) = delete;
   Variable& operator=(const Variable&) = delete;
 
-private:
+ private:
   std::string name_;
   std::string old_;
   bool wasSet_ = false;

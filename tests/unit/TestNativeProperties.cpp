@@ -49,9 +49,7 @@ TEST(NativeProperties, TrimKeyAndValue) {
   EXPECT_EQ(printed(loaded("\t k 1\t=\tv\t2 \t\n")), "k 1=v\t2");
 }
 
-TEST(NativeProperties, TrimOnlyBlankTabAndLineEnds) {
-  EXPECT_EQ(valueOf(loaded("k=\v1\f\n"), "k"), "\v1\f");
-}
+TEST(NativeProperties, TrimOnlyBlankTabAndLineEnds) { EXPECT_EQ(valueOf(loaded("k=\v1\f\n"), "k"), "\v1\f"); }
 
 TEST(NativeProperties, SkipACommentInColumnOneOnly) {
   const NativeProperties properties = loaded("#x=1\n # not a comment=1\n!y=2\n");
@@ -89,9 +87,7 @@ TEST(NativeProperties, ReadALastLineWithoutEnd) { EXPECT_EQ(printed(loaded("a=1\
 
 TEST(NativeProperties, ReadAnEmptyFile) { EXPECT_EQ(printed(loaded("")), ""); }
 
-TEST(NativeProperties, KeepBytesAsTheyAre) {
-  EXPECT_EQ(valueOf(loaded("k=\xC3\xA9\xFF\n"), "k"), "\xC3\xA9\xFF");
-}
+TEST(NativeProperties, KeepBytesAsTheyAre) { EXPECT_EQ(valueOf(loaded("k=\xC3\xA9\xFF\n"), "k"), "\xC3\xA9\xFF"); }
 
 TEST(NativeProperties, ReadLinesAndFilesOfAnyLength) {
   std::string bytes = "long=" + std::string(200'000, 'v') + "\n";

@@ -26,9 +26,7 @@ TEST(NativePropertiesTextMode, DropsTheCarriageReturnOfEachLineEnd) {
   EXPECT_EQ(entriesOf("# comment\r\n\r\nc=3\r\n"), "c=3");
 }
 
-TEST(NativePropertiesTextMode, KeepsACarriageReturnInsideALine) {
-  EXPECT_EQ(entriesOf("a=1\r2\r\n"), "a=1\r2");
-}
+TEST(NativePropertiesTextMode, KeepsACarriageReturnInsideALine) { EXPECT_EQ(entriesOf("a=1\r2\r\n"), "a=1\r2"); }
 
 TEST(NativePropertiesTextMode, EndsTheFileAtControlZ) { EXPECT_EQ(entriesOf("a=1\r\n\x1A\r\nb=2\r\n"), "a=1"); }
 

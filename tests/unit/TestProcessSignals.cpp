@@ -14,13 +14,13 @@ namespace tessel::test {
 namespace {
 
 class Recording : public ProcessSignalActionHandler {
-public:
+ public:
   void action(int signal) override { signals.push_back(signal); }
   std::vector<int> signals;
 };
 
 class ProcessSignals : public testing::Test {
-protected:
+ protected:
   ~ProcessSignals() override { NYXUtils::handleSignals(nullptr); }
 };
 

@@ -9,7 +9,7 @@ namespace tessel::test {
 namespace {
 
 class Calls : public NYXThreadSync {
-public:
+ public:
   void lock() override { text += "lock "; }
   void unlock() override { text += "unlock "; }
   int wait(long) override { return 0; }
@@ -53,7 +53,7 @@ TEST(Synchronize, DoesNothingWithANullPointer) {
 
 TEST(Synchronize, IsNoHolderWhenLockingFails) {
   class Failing : public Calls {
-  public:
+   public:
     void lock() override { throw 1; }
   };
   Failing monitor;
