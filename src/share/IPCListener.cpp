@@ -4,7 +4,7 @@ namespace tessel {
 
 IPCListener::IPCListener() = default;
 IPCListener::IPCListener(const IPCListener&) = default;
-IPCListener& IPCListener::operator=(const IPCListener& other) = default;
+IPCListener& IPCListener::operator=(const IPCListener&) = default;
 IPCListener::~IPCListener() = default;
 
 }  // namespace tessel

@@ -4,7 +4,7 @@ namespace tessel {
 
 NYXRunnable::NYXRunnable() = default;
 NYXRunnable::NYXRunnable(const NYXRunnable&) = default;
-NYXRunnable& NYXRunnable::operator=(const NYXRunnable& other) = default;
+NYXRunnable& NYXRunnable::operator=(const NYXRunnable&) = default;
 NYXRunnable::~NYXRunnable() = default;
 
 }  // namespace tessel

@@ -4,7 +4,7 @@ namespace tessel {
 
 NYXThreadSync::NYXThreadSync() = default;
 NYXThreadSync::NYXThreadSync(const NYXThreadSync&) = default;
-NYXThreadSync& NYXThreadSync::operator=(const NYXThreadSync& other) = default;
+NYXThreadSync& NYXThreadSync::operator=(const NYXThreadSync&) = default;
 NYXThreadSync::~NYXThreadSync() = default;
 
 }  // namespace tessel

@@ -9,7 +9,7 @@ const RasDescriptor ProcessSignalActionHandler::rd("ProcessSignalActionHandler",
 
 ProcessSignalActionHandler::ProcessSignalActionHandler() = default;
 ProcessSignalActionHandler::ProcessSignalActionHandler(const ProcessSignalActionHandler&) = default;
-ProcessSignalActionHandler& ProcessSignalActionHandler::operator=(const ProcessSignalActionHandler& other) = default;
+ProcessSignalActionHandler& ProcessSignalActionHandler::operator=(const ProcessSignalActionHandler&) = default;
 ProcessSignalActionHandler::~ProcessSignalActionHandler() = default;
 
 void ProcessSignalActionHandler::action(int signal) { defaultAction(signal); }

@@ -4,6 +4,8 @@
 #include <windows.h>
 
 #include <atomic>
+#include <future>
+#include <memory>
 
 #include <tessel/IPCClientConnectionListener.h>
 #include <tessel/NYXThreadImpl.h>
@@ -163,15 +165,19 @@ TEST_F(PipeServer, PausesAfterSeveralFailingAcceptsAndCanBeStopped) {
 TEST_F(PipeServer, ServesAClientThatConnectedBeforeTheAccept) {
   ConnectNamedPipeHook hook;
   std::unique_ptr<RawClient> early;
+  std::promise<DWORD> accepted;
   hook.replaceWith([&](HANDLE pipe, OVERLAPPED* overlapped) {
-    if (hook.calls() == 1) early = std::make_unique<RawClient>(name_);
+    if (early) return hook.callOriginal(pipe, overlapped);
+    early = std::make_unique<RawClient>(name_);
     const BOOL done = hook.callOriginal(pipe, overlapped);
-    if (hook.calls() == 1) {
-      EXPECT_EQ(GetLastError(), static_cast<DWORD>(ERROR_PIPE_CONNECTED));
-    }
+    const DWORD error = GetLastError();
+    accepted.set_value(error);
+    SetLastError(error);
     return done;
   });
   server_->connect();
+  // No other client may take the instance of the early one.
+  EXPECT_EQ(accepted.get_future().get(), static_cast<DWORD>(ERROR_PIPE_CONNECTED));
   expectServes(name_);
   EXPECT_EQ(early->ask(wireMessage(1, 0, "early")), wireMessage(1, 0, "early"));
   server_->disconnect();
@@ -185,6 +191,7 @@ TEST_F(PipeServer, SurvivesAClientThatIsGoneBeforeTheAccept) {
     return hook.callOriginal(pipe, overlapped);
   });
   server_->connect();
+  while (hook.calls() < 2) Sleep(1);  // the instance of the lost client is gone
   expectServes(name_);
   server_->disconnect();
   EXPECT_EQ(recorder_.errors(), std::vector<std::string>{text("KTBNV0089_CONNECT_NAMED_PIPE_FAILED", ERROR_NO_DATA)});
