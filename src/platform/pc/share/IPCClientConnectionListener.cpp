@@ -152,11 +152,10 @@ long IPCClientConnectionListener::run() {
 long IPCClientConnectionListener::listen() {
   const MethodTrace trace(rd, this, "listen");
   SecurityData security;
-  const unsigned long number = security.setSecurityAttributes();
-  if (number != NO_ERROR) {
-    errorMessage_ = NLS::format(rd, "KTBNV0114_SECURITY_SETUP_FAILED", serviceName_, LastError(number).text());
+  if (!security.setSecurityAttributes()) {
+    errorMessage_ = NLS::format(rd, "KTBNV0114_SECURITY_SETUP_FAILED", serviceName_, security.error().text());
     trace.data(TraceLevel::MODERATE, errorMessage_);
-    return static_cast<long>(number);
+    return static_cast<long>(security.error().number());
   }
   return serveInstances(security.getSecurityAttributes());
 }
