@@ -8,6 +8,7 @@
 #include <tessel/NYXException.h>
 
 #include "support/EchoListener.h"
+#include "support/Event.h"
 #include "support/EventRecorder.h"
 #include "support/PipePeers.h"
 #include "support/RawPipe.h"
@@ -60,6 +61,38 @@ TEST(IPCServerStop, LetsARequestInProgressBeAnswered) {
   EXPECT_EQ(stop.wait_for(100ms), std::future_status::timeout);
   listener.release();
   EXPECT_EQ(shown(reply.get()), "IPCMessage id:7 status:0 text :slow");
+  stop.get();
+  EXPECT_EQ(recorder.errors(), std::vector<std::string>{});
+}
+
+// Longer in a request than a stop waits for a client that does not read.
+class LongListener : public IPCListener {
+ public:
+  IPCMessage onMessage(const IPCMessage& request) override {
+    entered.set();
+    stopping.wait();
+    std::this_thread::sleep_for(2500ms);
+    leaving.set();
+    return request;
+  }
+
+  Event entered;
+  Event stopping;
+  Event leaving;
+};
+
+TEST(IPCServerStop, GivesTheClientOfALongRequestItsTimeToReadTheReply) {
+  EventRecorder recorder;
+  LongListener listener;
+  const TestServer server(listener);
+  RawClient slow(server.name());
+  ASSERT_TRUE(slow.write(wireMessage(7, 0, "long")));
+  ASSERT_TRUE(listener.entered.wait());
+  listener.stopping.set();
+  std::future<void> stop = std::async(std::launch::async, [&] { server->disconnect(); });
+  ASSERT_TRUE(listener.leaving.wait());
+  std::this_thread::sleep_for(300ms);  // a client that takes its time
+  EXPECT_EQ(slow.read(), wireMessage(7, 0, "long"));
   stop.get();
   EXPECT_EQ(recorder.errors(), std::vector<std::string>{});
 }
