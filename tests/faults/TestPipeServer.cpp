@@ -56,6 +56,16 @@ TEST_F(PipeServer, ReportsThatItsFirstPipeCannotBeMadeWithinASecond) {
   EXPECT_EQ(recorder_.errors(), std::vector<std::string>{});
 }
 
+TEST_F(PipeServer, TracesThatItsFirstPipeCannotBeMadeAndThatItsThreadIsDead) {
+  CreateNamedPipeHook hook;
+  hook.failOnce(kRare, INVALID_HANDLE_VALUE);
+  const Tracing tracing("IPCServerImpl,IPCClientConnectionListener");
+  const std::string message = thrownBy<NYXException>([&] { server_->connect(); });
+  EXPECT_EQ(recorder_.traced(message), 1);
+  EXPECT_EQ(recorder_.traced("clientConnectionListenerThread dead"), 1);
+  EXPECT_EQ(recorder_.tracedValue("clientConnectionListenerThread dead"), message);
+}
+
 TEST_F(PipeServer, MakesItsPipesAsDocumented) {
   std::vector<DWORD> openModes;
   CreateNamedPipeHook hook;
