@@ -8,6 +8,10 @@
 #include <stdexcept>
 #include <vector>
 
+#include <tessel/LogRecord.h>
+
+#include "support/Thrown.h"
+
 namespace tessel::test {
 namespace {
 
@@ -57,6 +61,12 @@ long openHandles() {
   const auto self = static_cast<USHORT>(GetCurrentProcessId());
   return static_cast<long>(std::count_if(table->entries, table->entries + table->count,
                                          [self](const HandleEntry& entry) { return entry.processId == self; }));
+}
+
+HandleBaseline::HandleBaseline() {
+  messageText("KTBNV0062_NOT_CONNECTED");
+  const LogRecord record(LogLevel::INFO, LogRecordType::EVENT, "");
+  before_ = openHandles();
 }
 
 }  // namespace tessel::test
