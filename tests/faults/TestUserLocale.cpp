@@ -19,6 +19,9 @@ namespace {
 
 class UserLocale : public testing::Test {
  protected:
+  // The library's own catalogues are read, once and for all, while the product root is still the real one.
+  static void SetUpTestSuite() { const TraceScope trace(""); }
+
   UserLocale() {
     product_.writeCatalogue("Locale", "KTB1=English\n");
     product_.writeCatalogue("Locale_fr", "KTB1=French\n");

@@ -3,14 +3,16 @@
 #include <windows.h>
 #include <winternl.h>
 
+#include <gtest/gtest.h>
+
 #include <algorithm>
 #include <cstddef>
 #include <stdexcept>
 #include <vector>
 
+#include <tessel/IPCMessage.h>
 #include <tessel/LogRecord.h>
-
-#include "support/Thrown.h"
+#include <tessel/NYXException.h>
 
 namespace tessel::test {
 namespace {
@@ -64,7 +66,7 @@ long openHandles() {
 }
 
 HandleBaseline::HandleBaseline() {
-  messageText("KTBNV0062_NOT_CONNECTED");
+  EXPECT_THROW(IPCMessage(nullptr, 0), NYXException);
   const LogRecord record(LogLevel::INFO, LogRecordType::EVENT, "");
   before_ = openHandles();
 }

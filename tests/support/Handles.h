@@ -6,7 +6,7 @@ namespace tessel::test {
 // Exact, from the system's own table.
 long openHandles();
 
-// How many handles were opened and not closed since the object was made. What the first message and the first record
+// How many handles were opened and not closed since the object was made. What the first failure and the first record
 // of a process open once and for all does not count, so that each test can also run alone.
 class HandleBaseline {
  public:
