@@ -16,6 +16,7 @@ class TESSEL_API ConsoleLogHandler : public LogHandler {
   ConsoleLogHandler();
   ~ConsoleLogHandler() override;
 
+  /// Any thread.
   void publish(LogRecord& record) override;
 
  private:

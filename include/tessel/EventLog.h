@@ -16,9 +16,13 @@ class RasDescriptor;
 /// A descriptor without a logger writes "DEBUG: " and the event to standard output. Any thread; nothing is thrown.
 class TESSEL_API EventLog {
  public:
+  /// An event of level CONFIG. @param message complete; copied. @param descriptor names class and logger.
   static void configNoFormat(const RasDescriptor& descriptor, const std::string& message);
+  /// The same of level INFO.
   static void infoNoFormat(const RasDescriptor& descriptor, const std::string& message);
+  /// The same of level WARNING.
   static void warningNoFormat(const RasDescriptor& descriptor, const std::string& message);
+  /// The same of level SEVERE.
   static void errorNoFormat(const RasDescriptor& descriptor, const std::string& message);
 
   /// Never to be used: captured as a failure.

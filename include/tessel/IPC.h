@@ -14,12 +14,17 @@ class TESSEL_API IPC {
   IPC& operator=(const IPC& other) = delete;
   virtual ~IPC();
 
+  /// Opens this end. @throws NYXException see IPCServer::connect and IPCClient::connect.
   virtual void connect() = 0;
+
+  /// Closes this end. See IPCServer::disconnect and IPCClient::disconnect.
   virtual void disconnect() = 0;
 
  protected:
+  /// @param serviceName the pipe's name behind `\\.\pipe\`; copied.
   explicit IPC(const std::string& serviceName);
 
+  /// @return a copy of the name.
   std::string getServiceName() const;
 
  private:

@@ -13,7 +13,8 @@ namespace tessel {
 /// Sends requests to a pipe server and waits for the replies. One object serves one caller at a time.
 class TESSEL_API IPCClient : public IPC {
  public:
-  /// @param properties kept; no property is read from them.
+  /// @param serviceName the name given to the server.
+  /// @param properties copied; no property is read from them.
   /// @return a client that is not connected, owned by the caller, who disconnects it before deleting it.
   static IPCClient* newInstance(const std::string& serviceName, const NativeProperties& properties);
 
@@ -34,12 +35,15 @@ class TESSEL_API IPCClient : public IPC {
   /// After any failure disconnect: what is left in the pipe belongs to the failed exchange.
   /// @param timeoutMillis not a limit but the polling interval in milliseconds, and so the least delay of a reply
   ///        that is not there at once; -1 and every other negative value count as 1, 0 gives up the time slice.
-  /// @return the reply; the default message (id -1) when the server was lost.
+  /// @param message the request; the reply's id is the server's business.
+  /// @return the reply; the default message (id -1) when the server was lost while its reply was awaited.
   /// @throws NYXException KTBNV0062 when not connected, KTBNV0063 when the request cannot be sent, KTBNV0064 when
-  ///         the reply cannot be read, and what the parsing constructor of IPCMessage throws.
+  ///         the reply cannot be read or the server was lost before, and what the parsing constructor of IPCMessage
+  ///         throws.
   virtual IPCMessage sendMessage(const IPCMessage& message, long timeoutMillis) = 0;
 
  protected:
+  /// As newInstance().
   IPCClient(const std::string& serviceName, const NativeProperties& properties);
 
  private:

@@ -18,7 +18,9 @@ class RasDescriptor;
 /// Accepts the clients of a server, one after the other, and gives each a worker thread.
 class TESSEL_API IPCClientConnectionListener : public NYXRunnable {
  public:
-  /// @param listener not owned. @param adminGroupName traced only. @throws NYXException KTBNV0008.
+  /// @param name the service. @param listener not owned; must outlive the thread.
+  /// @param maxConnections workers at once; negative for no limit. @param adminGroupName traced only. @throws
+  /// NYXException KTBNV0008.
   IPCClientConnectionListener(const std::string& name, IPCListener& listener, int maxConnections,
                               const std::string& adminGroupName);
   /// Copies name, listener and limit; the copy has a monitor of its own and has never run.
@@ -36,14 +38,15 @@ class TESSEL_API IPCClientConnectionListener : public NYXRunnable {
   /// @return false when it could not be woken: its accept must then be cancelled.
   bool shutdown();
 
-  /// Waits once, at most `timeoutMillis`, for the pipe to exist or the thread to give up.
-  /// @return whether the listener is running.
+  /// Waits once, at most `timeoutMillis` milliseconds (-1: without limit), for the pipe to exist or the thread to
+  /// give up. Any thread. @return whether the listener is running. @throws NYXException as NYXThreadSync::wait.
   bool waitRunning(long timeoutMillis) const;
 
-  /// @return the text of the failure that ended the listener; empty otherwise.
+  /// @return the text of the failure that ended the listener; empty otherwise, and when a later instance of the pipe
+  ///         could not be made: that is an event. Only once it has ended.
   std::string getErrorMessage() const;
 
-  /// @return whether run() has left its loop, successfully or not.
+  /// @return whether run() has left its loop, successfully or not. Any thread.
   bool hasEnded() const;
 
  private:

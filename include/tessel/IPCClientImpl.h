@@ -17,6 +17,7 @@ class RasDescriptor;
 /// once is then not made to wait for a polling interval, and a slow one costs no processor time.
 class TESSEL_API IPCClientImpl : public IPCClient {
  public:
+  /// As IPCClient::newInstance().
   IPCClientImpl(const std::string& serviceName, const NativeProperties& properties);
   /// Does not close the pipe: callers disconnect first.
   ~IPCClientImpl() override;

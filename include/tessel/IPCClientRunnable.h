@@ -21,7 +21,8 @@ class TESSEL_API IPCClientRunnable : public NYXRunnable {
   /// What the worker does now, as seen from another thread.
   enum class Activity { reading, processing, writing, leaving };
 
-  /// @param pipeHandle connected, not owned. @param listener not owned. Both must outlive the thread.
+  /// @param serviceName shown in messages. @param pipeHandle connected, not owned. @param listener not owned. Both must
+  /// outlive the thread.
   /// @throws NYXException KTBNV0008.
   IPCClientRunnable(const std::string& serviceName, void* pipeHandle, IPCListener& listener);
   /// The copy has a monitor of its own.
@@ -38,6 +39,7 @@ class TESSEL_API IPCClientRunnable : public NYXRunnable {
   /// @return whether it is inside an exchange and will end by itself; otherwise it is blocked in its read.
   bool shutdown();
 
+  /// @return the pipe given at construction; not owned.
   void* const& getPipeHandle() const;
 
   /// Any thread.

@@ -24,9 +24,13 @@ class RasDescriptor;
 class TESSEL_API IPCMessage {
  public:
   // Not constexpr: inline members of an exported class are not exported, and a reference to one would not link.
+  /// The listener answered.
   static const std::int32_t STATUS_SUCCESS = 0;
+  /// The text is the message of an exception.
   static const std::int32_t STATUS_EXCEPTION = 1;
+  /// For the two ends to agree on: the library sends neither this nor STATUS_WARNING.
   static const std::int32_t STATUS_TIMEOUT = 2;
+  /// As STATUS_TIMEOUT.
   static const std::int32_t STATUS_WARNING = 3;
 
   /// The same values under names that no Windows macro takes.
@@ -44,9 +48,9 @@ class TESSEL_API IPCMessage {
 
   /// Id -1, status 0, empty text.
   IPCMessage();
-  /// Status 0. @param text cut silently to its first 1024 bytes.
+  /// Status 0. @param id any 32-bit value. @param text any bytes, cut silently to the first 1024.
   IPCMessage(long id, const std::string& text);
-  /// @param text cut silently to its first 1024 bytes.
+  /// @param id any 32-bit value. @param status one of the STATUS constants. @param text as above.
   IPCMessage(long id, long status, const std::string& text);
   /// Parses a received message; bytes behind it are ignored.
   ///
@@ -60,8 +64,11 @@ class TESSEL_API IPCMessage {
   IPCMessage& operator=(const IPCMessage& other);
   virtual ~IPCMessage();
 
+  /// @return the id; -1 in the default message.
   long getMessageId() const;
+  /// @return one of the STATUS constants, or whatever a foreign peer sent.
   long getMessageStatus() const;
+  /// @return at most 1024 bytes; valid as long as the message.
   const std::string& getMessageText() const;
 
   /// Writes the wire form. Allocates nothing.

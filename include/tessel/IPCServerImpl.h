@@ -16,8 +16,9 @@ class RasDescriptor;
 /// The server over a Windows named pipe: a listener thread and one worker thread for each client.
 class TESSEL_API IPCServerImpl : public IPCServer {
  public:
+  /// As IPCServer::newInstance().
   IPCServerImpl(const std::string& name, IPCListener& listener, int maxConnections, const std::string& adminGroupName);
-  /// Disconnects when connected.
+  /// Disconnects when connected. What cannot be ended, as from inside onMessage, is captured and left behind.
   ~IPCServerImpl() override;
 
   void connect() override;

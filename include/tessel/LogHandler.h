@@ -26,8 +26,10 @@ class TESSEL_API LogHandler {
   /// Remove the handler from its loggers first. Never from inside its own publish().
   virtual ~LogHandler();
 
+  /// Writes the record if its level is at or above the handler's. @param record only for the length of the call.
   virtual void publish(LogRecord& record) = 0;
 
+  /// @return the level given at construction.
   const LogLevel& getLogLevel() const;
 
  private:

@@ -20,7 +20,7 @@ class TESSEL_API NLS {
   /// Without inserts, on behalf of the class "Unknown".
   static std::string format(const std::string& bundle, const std::string& key);
 
-  /// With the catalogue of the descriptor, on behalf of its class.
+  /// With the catalogue of the descriptor, on behalf of its class. The inserts fill {0} to {3} in their order.
   static std::string format(const RasDescriptor& descriptor, const std::string& key);
   static std::string format(const RasDescriptor& descriptor, const std::string& key, const std::string& insert0);
   static std::string format(const RasDescriptor& descriptor, const std::string& key, const std::string& insert0,

@@ -10,11 +10,12 @@ class NYXRunnable;
 /// An operating-system thread that runs one NYXRunnable. Made as an NYXThreadImpl.
 class TESSEL_API NYXThread {
  public:
+  /// A copy has the same runnable.
   NYXThread(const NYXThread& other);
   NYXThread& operator=(const NYXThread& other);
   virtual ~NYXThread();
 
-  /// Starts the thread. @throws NYXException KTBNV0013 when the system refuses.
+  /// Starts the thread. Once in the life of the object. @throws NYXException KTBNV0013 when the system refuses.
   virtual void start() = 0;
 
   /// Terminates the thread at once with exit code 0, wherever it is. @throws NYXException KTBNV0014.

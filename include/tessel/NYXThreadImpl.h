@@ -16,6 +16,7 @@ class TESSEL_API NYXThreadImpl : public NYXThread {
  public:
   /// @param runnable not owned; must live as long as the thread runs.
   explicit NYXThreadImpl(NYXRunnable* runnable);
+  /// A copy watches the same thread.
   NYXThreadImpl(const NYXThreadImpl& other);
   NYXThreadImpl& operator=(const NYXThreadImpl& other);
   /// Neither stops nor joins the thread: callers join first.

@@ -21,7 +21,7 @@ class TESSEL_API NYXThreadSync {
 
   /// Releases every hold of the caller, waits for notifyAll(), takes the holds back.
   ///
-  /// @param timeoutMillis milliseconds, 0 to 2^32-2; -1 waits without limit.
+  /// @param timeoutMillis milliseconds, taken as an unsigned 32-bit number: -1 waits without limit.
   /// @return 0 when notified, -1 after the time-out. A wait can also end with 0 by a notification meant for
   ///         another waiter: test the condition in a loop.
   /// @throws NYXException KTBNV0171 when the caller does not hold the monitor, KTBNV0010 when the event cannot be

@@ -70,6 +70,7 @@ class TESSEL_API NYXUtils {
   /// @return the system's text for the calling thread's last error, without its line end; the number in decimal
   ///         when the system has no text.
   static std::string getLastErrorMessage();
+  /// The same for the given number.
   static std::string getLastErrorMessage(int error);
   /// @}
 

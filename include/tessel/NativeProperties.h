@@ -32,6 +32,8 @@ class TESSEL_API NativeProperties {
 
   /// Replaces all entries by those of the file and remembers its path.
   ///
+  /// The path is remembered also when that fails. Of a file that cannot be read to its end the entries read so far
+  /// are kept.
   /// @throws NYXException KTBNV0123 for an empty path, KTBNV0122 when the file cannot be opened; the entries are
   ///         then as before.
   void loadProperties(const std::string& path);
@@ -42,6 +44,7 @@ class TESSEL_API NativeProperties {
   /// Sets an entry, replacing one that is there; nothing is trimmed.
   void setProperty(const std::string& key, const std::string& value);
 
+  /// @return whether there is an entry with the item's key, be its value empty.
   bool contains(const NativePropertyItem& item) const;
 
   /// @throws NYXException as NativePropertyItem::getStringValue.

@@ -31,13 +31,17 @@ class TESSEL_API NativePropertyItem {
   NativePropertyItem& operator=(const NativePropertyItem& other);
   virtual ~NativePropertyItem();
 
+  /// @return the key, exactly as it stands in files.
   const std::string& getKey() const;
+  /// @return the default of a string; empty for the other types.
   std::string getDefaultStringValue() const;
+  /// @return the default of an integer; 0 for the other types.
   int getDefaultIntegerValue() const;
+  /// @return the default of a boolean; false for the other types.
   bool getDefaultBooleanValue() const;
 
   /// @param value the raw text, or null when the key is absent.
-  /// @return the text unchanged, or the default. @throws NYXException KTBNV0115 when this is not a string.
+  /// @return the text unchanged, or the default when absent. @throws NYXException KTBNV0115 when this is not a string.
   std::string getStringValue(const std::string* value) const;
 
   /// Leading white space and a sign are accepted, anything behind the digits is ignored.
@@ -51,6 +55,7 @@ class TESSEL_API NativePropertyItem {
   /// "true", "yes", "on", "false", "no" and "off" in any case, nothing else and no blanks around.
   ///
   /// @param value the raw text, or null when the key is absent.
+  /// @return the truth value, or the default when absent; a bad value never falls back to the default.
   /// @throws NYXException KTBNV0117 when this is not a boolean, KTBNV0120 when the text is none.
   bool getBooleanValue(const std::string* value) const;
 

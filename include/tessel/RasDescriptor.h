@@ -29,8 +29,11 @@ class TESSEL_API RasDescriptor {
   RasDescriptor& operator=(const RasDescriptor& other);
   virtual ~RasDescriptor();
 
+  /// @return the class as it is shown in trace and events.
   std::string getClassName() const;
+  /// @return the dotted name of the catalogue; may be empty.
   std::string getMessageBundle() const;
+  /// @return the logger, not owned; null for a debug descriptor.
   Logger* getLogger() const;
 
   /// @return whether there is no logger: records then go straight to standard output.

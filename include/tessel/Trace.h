@@ -31,11 +31,13 @@ class MethodTrace;
 /// log handler or holds another lock of the diagnostics while some other thread is tracing. Nothing is thrown.
 class TESSEL_API Trace {
  public:
-  /// @param methodName shown as "null" when null.
+  /// An entry without object and arguments. @param methodName shown as "null" when null, here and below.
   static void entry(const RasDescriptor& descriptor, const char* methodName);
+  /// An exit without object and return value.
   static void exit(const RasDescriptor& descriptor, const char* methodName);
+  /// A data point without object and arguments. @param level the detail, as the caller has asked for it.
   static void data(const RasDescriptor& descriptor, const TraceLevel& level, const char* methodName);
-  /// @param thrown not owned; shown with its causes and its class; may be null.
+  /// An exception on its way out. @param thrown not owned; shown with its causes and its class; may be null.
   static void throwing(const RasDescriptor& descriptor, const char* methodName, const NYXException* thrown);
 
   /// An entry on behalf of an object. @param arguments std::string each; the first five are shown, an empty one as
@@ -64,6 +66,7 @@ class TESSEL_API Trace {
                                   &arguments...);
   }
 
+  /// An exception on its way out of an object's method. @param thrown as above.
   static void throwing(const RasDescriptor& descriptor, const void* object, const char* methodName,
                        const NYXException* thrown);
 

@@ -109,6 +109,12 @@ TEST_F(PipeSecurity, FailsWhenTheDescriptorTakesNoList) {
   expectSetupFailure();
 }
 
+TEST_F(PipeSecurity, MakesNoPipeAlsoWhenTheFailureHasNoNumber) {
+  ImportHook<"InitializeAcl", decltype(InitializeAcl)> hook;
+  hook.failOnce(NO_ERROR);
+  expectSetupFailure(NO_ERROR);
+}
+
 TEST_F(PipeSecurity, ReportsItsFailureWithinASecond) {
   ImportHook<"InitializeAcl", decltype(InitializeAcl)> hook;
   hook.failOnce(kRare);

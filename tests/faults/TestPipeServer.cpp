@@ -6,6 +6,7 @@
 #include <atomic>
 #include <future>
 #include <memory>
+#include <stdexcept>
 
 #include <tessel/IPCClientConnectionListener.h>
 #include <tessel/NYXThreadImpl.h>
@@ -54,6 +55,27 @@ TEST_F(PipeServer, ReportsThatItsFirstPipeCannotBeMadeWithinASecond) {
   hook.failOnce(kRare, INVALID_HANDLE_VALUE);
   EXPECT_TRUE(endsWithin(1s, [&] { thrownBy<NYXException>([&] { server_->connect(); }); }));
   EXPECT_EQ(recorder_.errors(), std::vector<std::string>{});
+}
+
+TEST_F(PipeServer, TracesThatItsFirstPipeCannotBeMadeAndThatItsThreadIsDead) {
+  CreateNamedPipeHook hook;
+  hook.failOnce(kRare, INVALID_HANDLE_VALUE);
+  const Tracing tracing("IPCServerImpl,IPCClientConnectionListener");
+  const std::string message = thrownBy<NYXException>([&] { server_->connect(); });
+  EXPECT_EQ(recorder_.traced(message), 1);
+  EXPECT_EQ(recorder_.traced("clientConnectionListenerThread dead"), 1);
+  EXPECT_EQ(recorder_.tracedValue("clientConnectionListenerThread dead"), message);
+}
+
+TEST_F(PipeServer, ReportsAStandardExceptionOutOfItsThreadAndConnectsLater) {
+  CreateNamedPipeHook hook;
+  hook.replaceWith([](auto...) -> HANDLE { throw std::runtime_error("foreign"); });
+  EXPECT_EQ(thrownBy<NYXException>([&] { server_->connect(); }), "foreign");
+  EXPECT_EQ(recorder_.count(messageText("KTBNV0149_UNCAUGHT_EXCEPTION", "class NYXException: foreign")), 1);
+  hook.passOn();
+  server_->connect();
+  expectServes(name_);
+  server_->disconnect();
 }
 
 TEST_F(PipeServer, MakesItsPipesAsDocumented) {
@@ -210,9 +232,9 @@ TEST_F(PipeServer, ReportsThatItsThreadCannotBeStarted) {
 }
 
 TEST_F(PipeServer, ReportsThatItsMonitorCannotBeMade) {
+  const HandleBaseline handles;
   CreateEventHook hook;
   hook.failOnce(kRare);
-  const HandleBaseline handles;
   EXPECT_EQ(thrownBy<NYXException>([&] { server_->connect(); }),
             messageText("KTBNV0008_UNABLE_TO_CREATE_EVENT", std::to_string(kRare)));
   EXPECT_EQ(handles.growth(), 0);

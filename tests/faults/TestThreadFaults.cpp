@@ -9,7 +9,10 @@
 
 #include "support/Handles.h"
 #include "support/ImportHook.h"
+#include "support/RecordingHandler.h"
 #include "support/Thrown.h"
+#include "support/TraceScope.h"
+#include "support/TraceTest.h"
 #include "support/Work.h"
 
 namespace tessel::test {
@@ -154,6 +157,31 @@ TEST_F(ThreadFaults, AnExitCodeThatCannotBeReadIsReported) {
   EXPECT_EQ(thread.getExitCode(), 7);
   EXPECT_FALSE(thread.isAlive());
   EXPECT_EQ(handles.growth(), 0);
+}
+
+// The system gives the id of an ended thread to a new one. The thread is held before its first instruction.
+TEST_F(ThreadFaults, AThreadBeginsAndEndsWithoutOpenMethodsOfItsId) {
+  const TraceScope trace("threads.Fresh=FLOW");
+  const RasDescriptor rd("threads.Fresh");
+  const RecordingHandler log("threads.Fresh");
+  unsigned long id = 0;
+  Work entering([&rd] {
+    Trace::entry(rd, "left open");
+    return 0;
+  });
+  ImportHook<"CreateThread", decltype(CreateThread)> hook;
+  hook.replaceWith(
+      [&](SECURITY_ATTRIBUTES* security, SIZE_T stack, LPTHREAD_START_ROUTINE start, void* argument, DWORD, DWORD*) {
+        const HANDLE suspended = hook.callOriginal(security, stack, start, argument, CREATE_SUSPENDED, &id);
+        TraceTest::openMethod(id, "of a former thread");
+        ResumeThread(suspended);
+        return suspended;
+      });
+  NYXThreadImpl fresh(&entering);
+  fresh.start();
+  fresh.join();
+  EXPECT_EQ(log.messages(), std::vector<std::string>{"  {  left open "});
+  EXPECT_FALSE(TraceTest::hasStack(id));
 }
 
 }  // namespace

@@ -3,10 +3,16 @@
 #include <windows.h>
 #include <winternl.h>
 
+#include <gtest/gtest.h>
+
 #include <algorithm>
 #include <cstddef>
 #include <stdexcept>
 #include <vector>
+
+#include <tessel/IPCMessage.h>
+#include <tessel/LogRecord.h>
+#include <tessel/NYXException.h>
 
 namespace tessel::test {
 namespace {
@@ -57,6 +63,12 @@ long openHandles() {
   const auto self = static_cast<USHORT>(GetCurrentProcessId());
   return static_cast<long>(std::count_if(table->entries, table->entries + table->count,
                                          [self](const HandleEntry& entry) { return entry.processId == self; }));
+}
+
+HandleBaseline::HandleBaseline() {
+  EXPECT_THROW(IPCMessage(nullptr, 0), NYXException);
+  const LogRecord record(LogLevel::INFO, LogRecordType::EVENT, "");
+  before_ = openHandles();
 }
 
 }  // namespace tessel::test

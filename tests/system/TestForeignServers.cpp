@@ -7,6 +7,7 @@
 #include <tessel/NYXException.h>
 #include <tessel/NYXMessageTooShortException.h>
 
+#include "support/Event.h"
 #include "support/EventRecorder.h"
 #include "support/PipePeers.h"
 #include "support/RawPipe.h"
@@ -93,11 +94,14 @@ TEST(ForeignServers, MaySendAMessageOfNoBytes) {
 
 TEST(ForeignServers, MaySendMoreThanTheLongestMessageBeforeItIsReadFor) {
   // The reply is there before the request: the read fails at once.
-  ForeignServer server([](RawServer& pipe) {
+  Event replied;
+  ForeignServer server([&](RawServer& pipe) {
     pipe.write(wireMessage(5, 0, std::string(1024, 'x')) + "more");
+    replied.set();
     pipe.read();
   });
   const TestClient client(server.name());
+  ASSERT_TRUE(replied.wait());
   EXPECT_EQ(thrownBy<NYXException>([&] { client->sendMessage(IPCMessage(1, "x"), 1); }),
             messageText("KTBNV0064_READ_FAILED", server.name(), systemText(ERROR_MORE_DATA)));
 }

@@ -8,6 +8,7 @@
 #include <tessel/NYXException.h>
 
 #include "support/EchoListener.h"
+#include "support/Event.h"
 #include "support/EventRecorder.h"
 #include "support/PipePeers.h"
 #include "support/RawPipe.h"
@@ -64,13 +65,45 @@ TEST(IPCServerStop, LetsARequestInProgressBeAnswered) {
   EXPECT_EQ(recorder.errors(), std::vector<std::string>{});
 }
 
+// Longer in a request than a stop waits for a client that does not read.
+class LongListener : public IPCListener {
+ public:
+  IPCMessage onMessage(const IPCMessage& request) override {
+    entered.set();
+    stopping.wait();
+    std::this_thread::sleep_for(2500ms);
+    leaving.set();
+    return request;
+  }
+
+  Event entered;
+  Event stopping;
+  Event leaving;
+};
+
+TEST(IPCServerStop, GivesTheClientOfALongRequestItsTimeToReadTheReply) {
+  EventRecorder recorder;
+  LongListener listener;
+  const TestServer server(listener);
+  RawClient slow(server.name());
+  ASSERT_TRUE(slow.write(wireMessage(7, 0, "long")));
+  ASSERT_TRUE(listener.entered.wait());
+  listener.stopping.set();
+  std::future<void> stop = std::async(std::launch::async, [&] { server->disconnect(); });
+  ASSERT_TRUE(listener.leaving.wait());
+  std::this_thread::sleep_for(300ms);  // a client that takes its time
+  EXPECT_EQ(slow.read(), wireMessage(7, 0, "long"));
+  stop.get();
+  EXPECT_EQ(recorder.errors(), std::vector<std::string>{});
+}
+
 TEST(IPCServerStop, ReportsTheReplyThatAClientNeverReads) {
   EventRecorder recorder;
   EchoListener listener;
   const TestServer server(listener);
   RawClient lazy(server.name());
   ASSERT_TRUE(lazy.write(wireMessage(1, 0, "to be ignored")));
-  expectServes(server.name());
+  while (listener.requests() < 1) std::this_thread::yield();
   EXPECT_TRUE(endsWithin(10s, [&] { server->disconnect(); }));
   EXPECT_EQ(recorder.errors(), std::vector<std::string>{messageText("KTBNV0086_WRITE_FAILED", server.name(),
                                                                     systemText(ERROR_OPERATION_ABORTED))});

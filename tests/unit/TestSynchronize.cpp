@@ -51,6 +51,46 @@ TEST(Synchronize, DoesNothingWithANullPointer) {
   EXPECT_NO_THROW({ const Synchronize guard(nullptr); });
 }
 
+TEST(Synchronize, ACopyHoldsTheMonitorOnceMore) {
+  Calls monitor;
+  {
+    const Synchronize guard(&monitor);
+    { const Synchronize copy(guard); }  // NOLINT(performance-unnecessary-copy-initialization): the copy is the test
+    EXPECT_EQ(monitor.text, "lock lock unlock ");
+  }
+  EXPECT_EQ(monitor.text, "lock lock unlock unlock ");
+}
+
+TEST(Synchronize, AssignmentChangesOverToTheOthersMonitor) {
+  Calls monitor;
+  Calls other;
+  {
+    Synchronize guard(&monitor);
+    guard = Synchronize(&other);
+    EXPECT_EQ(monitor.text, "lock unlock ");
+    EXPECT_EQ(other.text, "lock lock unlock ");
+  }
+  EXPECT_EQ(monitor.text, "lock unlock ");
+  EXPECT_EQ(other.text, "lock lock unlock unlock ");
+}
+
+TEST(Synchronize, AssignmentToItselfKeepsTheHold) {
+  Calls monitor;
+  {
+    Synchronize guard(&monitor);
+    const Synchronize& same = guard;
+    guard = same;
+    EXPECT_EQ(monitor.text, "lock lock unlock ");
+  }
+  EXPECT_EQ(monitor.text, "lock lock unlock unlock ");
+}
+
+TEST(Synchronize, CopiesANullPointer) {
+  const Synchronize nothing(nullptr);
+  Synchronize copy(nothing);
+  EXPECT_NO_THROW(copy = nothing);
+}
+
 TEST(Synchronize, IsNoHolderWhenLockingFails) {
   class Failing : public Calls {
    public:

@@ -21,21 +21,9 @@
 #include "support/Captures.h"
 #include "support/RecordingHandler.h"
 #include "support/TraceScope.h"
+#include "support/TraceTest.h"
 
 namespace tessel {
-
-struct TraceTest {
-  static bool hasStack() { return Trace::getInstance().methodStacks_->count(NYXThread::getCurrentThreadId()) > 0; }
-  static std::size_t openMethods() {
-    return Trace::getInstance().getMethodStack(NYXThread::getCurrentThreadId())->size();
-  }
-  static void entryWithNullArgument(const RasDescriptor& rd, const char* method, const std::string& second) {
-    const std::string* null = nullptr;
-    Trace::getInstance().traceMethodEntry(rd, nullptr, method, 2, null, &second);
-  }
-  static void copyTrace() { const Trace copy(Trace::getInstance()); }
-  static void assignTrace() { Trace::getInstance() = Trace::getInstance(); }
-};
 
 namespace {
 

@@ -55,6 +55,7 @@ struct IPCClientConnectionListener::Worker {
   IPCClientRunnable runnable;
   NYXThreadImpl thread;
   bool terminated = false;
+  ULONGLONG replyingSince = 0;  // as a stop has seen it; 0 when it has not
 
   Worker(const std::string& serviceName, HANDLE pipe, IPCListener& listener)
       : runnable(serviceName, pipe, listener), thread(&runnable) {}
@@ -63,6 +64,20 @@ struct IPCClientConnectionListener::Worker {
   void closePipe() {
     instance.disconnect();
     instance.handle.reset();
+  }
+
+  // Cancels the read that the thread is blocked in, or the reply that its client has not taken for the time of grace:
+  // a reply that comes late, out of a long request, has that time too. Returns whether the thread is in its read.
+  bool cancelBlocked() {
+    using Activity = IPCClientRunnable::Activity;
+    if (runnable.cancelAt(Activity::reading, thread)) return true;
+    if (runnable.getActivity() == Activity::processing) return false;
+    const ULONGLONG now = GetTickCount64();
+    if (replyingSince == 0) replyingSince = now;
+    if (now - replyingSince < kWriteGrace) return false;
+    runnable.cancelAt(Activity::writing, thread);
+    runnable.cancelAt(Activity::leaving, thread);
+    return false;
   }
 
   // A thread that cannot be asked counts as alive.
@@ -152,11 +167,10 @@ long IPCClientConnectionListener::run() {
 long IPCClientConnectionListener::listen() {
   const MethodTrace trace(rd, this, "listen");
   SecurityData security;
-  const unsigned long number = security.setSecurityAttributes();
-  if (number != NO_ERROR) {
-    errorMessage_ = NLS::format(rd, "KTBNV0114_SECURITY_SETUP_FAILED", serviceName_, LastError(number).text());
+  if (!security.setSecurityAttributes()) {
+    errorMessage_ = NLS::format(rd, "KTBNV0114_SECURITY_SETUP_FAILED", serviceName_, security.error().text());
     trace.data(TraceLevel::MODERATE, errorMessage_);
-    return static_cast<long>(number);
+    return static_cast<long>(security.error().number());
   }
   return serveInstances(security.getSecurityAttributes());
 }
@@ -303,22 +317,15 @@ bool succeeds(const RasDescriptor& rd, Action action) noexcept {
 // A thread is terminated only when its cancelled read does not end: killed inside the heap or a trace point it
 // would freeze the process.
 void IPCClientConnectionListener::stopWorkers() {
-  using Activity = IPCClientRunnable::Activity;
   const MethodTrace trace(rd, this, "stopWorkers");
   for (const auto& worker : clientThreads_) worker->runnable.shutdown();
   const ULONGLONG start = GetTickCount64();
   while (!clientThreads_.empty()) {
     const ULONGLONG waited = GetTickCount64() - start;
     for (const auto& worker : clientThreads_) {
-      if (worker->terminated) continue;
-      const bool reading = worker->runnable.cancelAt(Activity::reading, worker->thread);
-      if (waited >= kWriteGrace) {
-        worker->runnable.cancelAt(Activity::writing, worker->thread);
-        worker->runnable.cancelAt(Activity::leaving, worker->thread);
-      }
-      if (reading && waited >= kReadGrace && !std::exchange(worker->terminated, true)) {
-        succeeds(rd, [&] { worker->thread.stop(); });
-      }
+      if (worker->terminated || !worker->cancelBlocked() || waited < kReadGrace) continue;
+      worker->terminated = true;
+      succeeds(rd, [&] { worker->thread.stop(); });
     }
     if (!succeeds(rd, [&] { clientThreads_.front()->thread.joinFor(1); })) {
       // What its thread may still use is never freed.

@@ -64,7 +64,6 @@ struct NYXThreadSyncImpl::State {
   std::uint64_t notifications = 0;
   std::uint32_t waiting = 0;
   std::uint32_t returning = 0;
-  bool eventSet = false;
 
   explicit State(HANDLE newEvent) : event(newEvent) {
     InitializeCriticalSection(&section);
@@ -105,15 +104,12 @@ struct NYXThreadSyncImpl::State {
   // Takes the system's error number before the lock is left.
   bool beginWait(Moment& moment, LastError& error) {
     const WaitersLock guard(waitersSection);
-    if (returning == 0 && eventSet) {
-      if (!ResetEvent(event)) {
-        error = LastError();
-        return false;
-      }
-      eventSet = false;
+    if (returning == 0 && !ResetEvent(event)) {
+      error = LastError();
+      return false;
     }
     ++waiting;
-    moment = {notifications, eventSet};
+    moment = {notifications, returning != 0};
     return true;
   }
 
@@ -129,7 +125,6 @@ struct NYXThreadSyncImpl::State {
       error = LastError();
       return false;
     }
-    eventSet = true;
     ++notifications;
     returning += waiting;
     waiting = 0;

@@ -124,7 +124,10 @@ std::string NYXUtils::getCwd() {
   return trace.result(std::string(directory.data(), length < directory.size() ? length : 0));
 }
 
-std::string NYXUtils::separator() { return "\\"; }
+std::string NYXUtils::separator() {
+  MethodTrace trace(rd, nullptr, "separator");
+  return trace.result(std::string("\\"));
+}
 
 std::string NYXUtils::getParent(const std::string& path) {
   MethodTrace trace(rd, nullptr, "getParent", path);

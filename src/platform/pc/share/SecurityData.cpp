@@ -1,7 +1,6 @@
 #include "platform/pc/share/SecurityData.h"
 
 #include "internal/Bundles.h"
-#include "internal/LastError.h"
 #include "internal/MethodTrace.h"
 #include "internal/pc/UniqueHandle.h"
 
@@ -30,16 +29,16 @@ bool openToken(internal::UniqueHandle& token) {
 
 }  // namespace
 
-unsigned long SecurityData::setSecurityAttributes() {
+bool SecurityData::setSecurityAttributes() {
   MethodTrace trace(rd, this, "setSecurityAttributes");
   const internal::UniqueSid administrators = administratorsSid();
   built_ = administrators && readUser() && buildList(administrators.get()) && buildDescriptor();
-  const internal::LastError error;
-  if (!built_) return trace.result(error.number());
+  error_ = internal::LastError();
+  if (!built_) return trace.result(false);
   attributes_.nLength = sizeof attributes_;
   attributes_.lpSecurityDescriptor = &descriptor_;
   attributes_.bInheritHandle = FALSE;
-  return trace.result(static_cast<unsigned long>(NO_ERROR));
+  return trace.result(true);
 }
 
 SECURITY_ATTRIBUTES* SecurityData::getSecurityAttributes() { return built_ ? &attributes_ : nullptr; }

@@ -3,6 +3,7 @@
 
 #include <vector>
 
+#include "internal/LastError.h"
 #include "internal/pc/Platform.h"
 #include "internal/pc/Token.h"
 
@@ -13,8 +14,10 @@ class RasDescriptor;
 // Full access for the local Administrators and for the user that runs the server, for nobody else.
 class SecurityData {
  public:
-  // Builds all parts. Returns 0 or the number of the system call that failed.
-  unsigned long setSecurityAttributes();
+  // Builds all parts. Returns whether that succeeded; otherwise error() is the number of the call that failed.
+  bool setSecurityAttributes();
+
+  const internal::LastError& error() const { return error_; }
 
   // Null unless built.
   SECURITY_ATTRIBUTES* getSecurityAttributes();
@@ -31,6 +34,7 @@ class SecurityData {
   SECURITY_DESCRIPTOR descriptor_{};
   SECURITY_ATTRIBUTES attributes_{};
   bool built_ = false;
+  internal::LastError error_{NO_ERROR};
 };
 
 }  // namespace tessel
