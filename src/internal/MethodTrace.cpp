@@ -1,20 +1,20 @@
 #include "internal/MethodTrace.h"
 
-#include <memory>
-
 namespace tessel::internal {
 
-void MethodTrace::sendThrowing(const NYXException& exception) const noexcept {
+void MethodTrace::sendThrowing(const RasDescriptor& rd, const void* object, const char* method,
+                               const NYXException& exception) noexcept {
   try {
-    if (rd_.isFlowOn()) Trace::throwing(rd_, object_, method_, &exception);
+    if (rd.isFlowOn()) Trace::throwing(rd, object, method, &exception);
   } catch (...) {  // NOLINT(bugprone-empty-catch): trace never takes the traced code down
   }
 }
 
-void MethodTrace::leave() noexcept {
-  const std::unique_ptr<std::string> result(result_);
+void MethodTrace::leave(Call* call) noexcept {
+  const std::unique_ptr<Call> ended(call);
   try {
-    if (!Trace::getInstance().traceMethodExit(rd_, object_, method_, result_, resultType_ ? resultType_ : "")) {
+    const std::string* result = call->result ? &*call->result : nullptr;
+    if (!Trace::getInstance().traceMethodExit(call->rd, call->object, call->method, result, call->resultType)) {
       Trace::deferExit();
     }
   } catch (...) {

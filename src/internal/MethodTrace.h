@@ -1,6 +1,8 @@
 // The one line by which a method reports itself.
 #pragma once
 
+#include <memory>
+#include <optional>
 #include <sstream>
 #include <string>
 #include <type_traits>
@@ -36,6 +38,11 @@ const char* traceType() {
   return "object";
 }
 
+// How the paths that are taken only while trace is on receive a value: an address of it would keep it, or the object
+// that holds it, in memory also while trace is off.
+template <class T>
+using Passed = std::conditional_t<std::is_scalar_v<T>, T, const T&>;
+
 // Traces the entry now and the exit when the scope ends, also by an exception. With trace off it costs one relaxed
 // load and one test of a register. The exit is sent only if the entry was taken.
 class MethodTrace {
@@ -45,11 +52,11 @@ class MethodTrace {
               const Arguments&... arguments) noexcept
       : rd_(descriptor), object_(object), method_(method) {
     if (traceMayBeOn()) [[unlikely]]
-      enter(arguments...);
+      call_ = enter<Passed<Arguments>...>(rd_, object_, method_, arguments...);
   }
   ~MethodTrace() {
-    if (entered_) [[unlikely]]
-      leave();
+    if (call_) [[unlikely]]
+      leave(call_);
   }
   MethodTrace(const MethodTrace&) = delete;
   MethodTrace& operator=(const MethodTrace&) = delete;
@@ -57,15 +64,15 @@ class MethodTrace {
   // The value to return, shown by the exit record: `return trace.result(value);`
   template <class T>
   const T& result(const T& value) noexcept {
-    if (entered_) [[unlikely]]
-      remember(value);
+    if (call_) [[unlikely]]
+      remember<Passed<T>>(call_, value);
     return value;
   }
 
   template <class... Arguments>
   void data(const TraceLevel::TraceLevelValue level, const Arguments&... arguments) const noexcept {
     if (traceMayBeOn()) [[unlikely]]
-      sendData(level, arguments...);
+      sendData<Passed<Arguments>...>(rd_, object_, method_, level, arguments...);
   }
 
   // The failure to throw: its message formatted from the catalogue, the throw traced.
@@ -78,52 +85,67 @@ class MethodTrace {
   template <class Exception>
   [[nodiscard]] const Exception& thrown(const Exception& exception) const noexcept {
     if (traceMayBeOn()) [[unlikely]]
-      sendThrowing(exception);
+      sendThrowing(rd_, object_, method_, exception);
     return exception;
   }
 
  private:
+  // A method whose entry was taken; on the heap until it leaves.
+  struct Call {
+    const RasDescriptor& rd;
+    const void* object;
+    const char* method;
+    std::optional<std::string> result;
+    const char* resultType = "";
+  };
+
+  // Null when the entry was not taken.
   template <class... Arguments>
-  [[gnu::noinline, gnu::cold]] void enter(const Arguments&... arguments) noexcept {
+  [[gnu::noinline, gnu::cold]] static Call* enter(const RasDescriptor& rd, const void* object, const char* method,
+                                                  Arguments... arguments) noexcept {
     try {
-      if (!rd_.isFlowOn()) return;
-      entered_ = sendEntry(traceText(arguments)...);
-    } catch (...) {  // NOLINT(bugprone-empty-catch): trace never takes the traced code down
+      if (!rd.isFlowOn()) return nullptr;
+      std::unique_ptr<Call> call(new Call{rd, object, method, std::nullopt});
+      return sendEntry(*call, traceText(arguments)...) ? call.release() : nullptr;
+    } catch (...) {  // trace never takes the traced code down
+      return nullptr;
     }
   }
 
   template <class... Texts>
-  bool sendEntry(const Texts&... texts) const {
+  static bool sendEntry(const Call& call, const Texts&... texts) {
     // NOLINTNEXTLINE(cppcoreguidelines-pro-type-vararg)
-    return Trace::getInstance().traceMethodEntry(rd_, object_, method_, static_cast<int>(sizeof...(texts)), &texts...);
+    return Trace::getInstance().traceMethodEntry(call.rd, call.object, call.method, static_cast<int>(sizeof...(texts)),
+                                                 &texts...);
   }
 
   template <class T>
-  [[gnu::noinline, gnu::cold]] void remember(const T& value) noexcept {
+  [[gnu::noinline, gnu::cold]] static void remember(Call* call, T value) noexcept {
     try {
-      result_ = new std::string(traceText(value));
-      resultType_ = traceType<T>();
+      call->result = traceText(value);
+      call->resultType = traceType<std::remove_cvref_t<T>>();
     } catch (...) {  // NOLINT(bugprone-empty-catch)
     }
   }
 
   template <class... Arguments>
-  [[gnu::noinline, gnu::cold]] void sendData(const TraceLevel& level, const Arguments&... arguments) const noexcept {
+  [[gnu::noinline, gnu::cold]] static void sendData(const RasDescriptor& rd, const void* object, const char* method,
+                                                    const TraceLevel::TraceLevelValue level,
+                                                    Arguments... arguments) noexcept {
     try {
-      if (rd_.isOn(level)) Trace::data(rd_, level, object_, method_, traceText(arguments)...);
+      if (rd.isOn(level)) Trace::data(rd, level, object, method, traceText(arguments)...);
     } catch (...) {  // NOLINT(bugprone-empty-catch)
     }
   }
 
-  void sendThrowing(const NYXException& exception) const noexcept;
-  void leave() noexcept;
+  static void sendThrowing(const RasDescriptor& rd, const void* object, const char* method,
+                           const NYXException& exception) noexcept;
+  static void leave(Call* call) noexcept;
 
   const RasDescriptor& rd_;
   const void* object_;
   const char* method_;
-  bool entered_ = false;
-  const char* resultType_ = nullptr;
-  std::string* result_ = nullptr;  // owned; only while trace is on
+  Call* call_ = nullptr;  // owned; null unless the entry was taken
 };
 
 }  // namespace tessel::internal
