@@ -48,7 +48,7 @@ class HandedLists {
 // Has the system know an account "omni" with this principal; with the empty one there is no such account.
 class OmniAccount {
  public:
-  explicit OmniAccount(const std::string& sid) : sid_(sid) {
+  explicit OmniAccount(const std::string& principal) : sid_(principal) {
     lookUp_.replaceWith([this](LPCSTR system, LPCSTR name, PSID sid, LPDWORD sidSize, LPSTR domain, LPDWORD domainSize,
                                PSID_NAME_USE use) -> BOOL {
       EXPECT_EQ(system, nullptr);

@@ -28,6 +28,12 @@ using Entries = std::vector<AceOf>;
 
 class FileAccessLists : public testing::Test {
  protected:
+  // What the first trace point of a process opens for good.
+  static void SetUpTestSuite() {
+    const TraceScope trace("NYXUtils=FLOW");
+    NYXUtils::mkdirs("", false);
+  }
+
   // The one list that the call hands to the system for the path.
   template <class Call>
   ListOf handedBy(const std::string& path, const Call& call) {
