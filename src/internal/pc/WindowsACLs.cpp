@@ -139,6 +139,8 @@ void FileAccess::apply() {
 
 }  // namespace
 
+// A copy of its own: nobody assigns to the descriptor while this is traced under it.
+// NOLINTNEXTLINE(performance-unnecessary-value-param)
 void setWindowsACLs(RasDescriptor descriptor, const std::string& path, bool omniGroup, bool everyoneRead,
                     bool everyoneWrite) {
   const MethodTrace trace(descriptor, nullptr, "setWindowsACLs", path, omniGroup, everyoneRead, everyoneWrite);
