@@ -13,5 +13,8 @@ using Command = std::function<int()>;
 // Each adds its command; the one that the user names is stored in `chosen`.
 void addIpcServe(CLI::App& group, Command& chosen);
 void addIpcSend(CLI::App& group, Command& chosen);
+void addSecure(CLI::App& group, Command& chosen);
+void addCheck(CLI::App& group, Command& chosen);
+void addAcl(CLI::App& group, Command& chosen);
 
 }  // namespace tesselctl
