@@ -1,6 +1,7 @@
 // Owners of what the system hands out. Each closes its resource and keeps the thread's last error.
 #pragma once
 
+#include <cstdlib>
 #include <memory>
 #include <utility>
 
@@ -65,5 +66,14 @@ struct SidDeleter {
   }
 };
 using UniqueSid = std::unique_ptr<void, SidDeleter>;
+
+// What malloc and calloc gave.
+struct HeapDeleter {
+  void operator()(const void* block) const noexcept {
+    const KeepLastError keep;
+    std::free(const_cast<void*>(block));
+  }
+};
+using UniqueHeapBlock = std::unique_ptr<const void, HeapDeleter>;
 
 }  // namespace tessel::internal
