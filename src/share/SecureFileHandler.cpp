@@ -8,6 +8,7 @@
 #include <tessel/NYXIOException.h>
 #include <tessel/NYXThreadSyncImpl.h>
 #include <tessel/NYXUtils.h>
+#include <tessel/Synchronize.h>
 
 #include "internal/Bundles.h"
 #include "internal/DiagnosticsLock.h"
@@ -134,6 +135,7 @@ bool SecureFileHandler::open(FileContent content, Failure& failure) {
 
 // A file that cannot be restricted does not stay open: no line goes to it, and the next line tries again.
 void SecureFileHandler::restrict(bool check) {
+  const internal::NoBlockingTrace mark;  // what is called here traces
   try {
     NYXUtils::mkpriv(files_[0], canRead_, canRead_);
     if (check && !canRead_) NYXUtils::checkFilePermissions(files_[0]);
@@ -190,7 +192,7 @@ void SecureFileHandler::makeReady(Failure& failure) {
 }
 
 void SecureFileHandler::writeLine(const std::string& text, Failure& failure) {
-  const internal::DiagnosticsLock guard(*sync_);
+  const Synchronize guard(sync_.get());
   makeReady(failure);
   if (out_->isOpen() && !out_->writeLine(text)) noteFailure(failure);
 }
