@@ -5,6 +5,7 @@ set(PORTABLE_TESTS
     TestFFDC.cpp
     TestIPCMessage.cpp
     TestLogLevel.cpp
+    TestLogFileProperties.cpp
     TestLogRecord.cpp
     TestLogger.cpp
     TestNLS.cpp
@@ -14,5 +15,7 @@ set(PORTABLE_TESTS
     TestRAS.cpp
     TestRasDescriptor.cpp
     TestResourceBundle.cpp
+    TestSecureFileHandler.cpp
     TestSynchronize.cpp
-    TestTrace.cpp)
+    TestTrace.cpp
+    TestUnicodeEscapes.cpp)

@@ -360,6 +360,50 @@ case_a_missing_catalogue_of_the_language_is_an_error_not_a_wait() {
   LC_ALL=fr_FR.UTF-8 run 0 --version
 }
 
+# Each case has a lock file of its own; the command is the tool itself or the system's shell.
+case_lock_passes_the_exit_code_of_its_command_on() {
+  run 0 lock "$work/a.lck" -- cmd /c exit 0
+  run 7 lock "$work/a.lck" -- cmd /c exit 7
+  run 0 lock "$work/a.lck" -- "$folder/tesselctl.exe" --version
+  contains out "build level"
+  equal "standard error" "" "$(cat "$work/err")"
+}
+
+case_lock_excludes_other_holders_while_the_command_runs() {
+  local again=("$folder/tesselctl.exe" lock "$work/a.lck")
+  run 75 lock "$work/a.lck" -- "${again[@]}" -- cmd /c exit 0
+  error_line "the lock '$work/a.lck' is held already"
+  run 75 lock "$work/a.lck" -- "${again[@]}" --shared -- cmd /c exit 0
+  run 75 lock "$work/a.lck" --shared -- "${again[@]}" -- cmd /c exit 0
+  run 5 lock "$work/a.lck" --shared -- "${again[@]}" --shared -- cmd /c exit 5
+  run 0 lock "$work/a.lck" -- cmd /c exit 0
+}
+
+case_lock_shows_the_process_that_holds_it() {
+  run 75 lock "$work/a.lck" --pid -- "$folder/tesselctl.exe" lock "$work/a.lck" -- cmd /c exit 0
+  grep -qxE "tesselctl: the lock '$work/a.lck' is held already, by process [0-9]+" "$work/err" || fail "text"
+  equal "files left" "a.lck" "$(cd "$work" && ls -- *.lck *.pid 2>/dev/null)"
+}
+
+case_lock_hands_the_arguments_on_as_they_are() {
+  run 1 lock "$work/a.lck" -- "$folder/tesselctl.exe" lock 'none/a "b" c\\' -- 'x y'
+  contains err "KTBNV0057E: Unable to lock the file 'none/a \"b\" c\\\\'. "
+  run 2 lock "$work/a.lck" -- "$folder/tesselctl.exe" ipc send name '' 'other one'
+  error_line "The following argument was not expected: other one"
+}
+
+case_lock_reports_what_it_cannot_lock_or_start() {
+  run 1 lock "$work/none/a.lck" -- cmd /c exit 0
+  contains err "tesselctl: KTBNV0057E: Unable to lock the file '$work/none/a.lck'. System text: "
+  run 1 lock "$work/a.lck" --pid -- no-such-program
+  contains err "tesselctl: cannot start 'no-such-program': "
+  equal "files left" "a.lck" "$(cd "$work" && ls -- *.lck *.pid 2>/dev/null)"
+  run 2 lock "$work/a.lck"
+  error_line "COMMAND is required"
+  run 2 lock "$work/a.lck" --shared --pid -- cmd
+  contains err "excludes"
+}
+
 case_progress_is_drawn_on_a_terminal_only() {
   serve --until-eof
   seq 1 200 >"$work/lines"

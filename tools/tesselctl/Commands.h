@@ -16,5 +16,6 @@ void addIpcSend(CLI::App& group, Command& chosen);
 void addSecure(CLI::App& group, Command& chosen);
 void addCheck(CLI::App& group, Command& chosen);
 void addAcl(CLI::App& group, Command& chosen);
+void addLock(CLI::App& app, Command& chosen);
 
 }  // namespace tesselctl

@@ -50,6 +50,7 @@ int main(int argc, char** argv) {
   tesselctl::addSecure(app, command);
   tesselctl::addCheck(app, command);
   tesselctl::addAcl(app, command);
+  tesselctl::addLock(app, command);
   try {
     app.parse(argc, argv);
   } catch (const CLI::ParseError& outcome) {

@@ -47,6 +47,8 @@ class UniqueHandle {
     }
     handle_ = handle;
   }
+  // For a handle whose closing can bring a failure to light; the last error then tells why.
+  bool close() noexcept { return !handle_ || CloseHandle(release()) != 0; }
   // Where a system call writes the handle that it opens.
   HANDLE* receive() noexcept {
     reset();
