@@ -26,9 +26,11 @@
 #include <tessel/LogRecordType.h>
 #include <tessel/Logger.h>
 #include <tessel/NLS.h>
+#include <tessel/NYXEnvironment.h>
 #include <tessel/NYXException.h>
 #include <tessel/NYXIOException.h>
 #include <tessel/NYXMessageTooShortException.h>
+#include <tessel/NYXPropConstant.h>
 #include <tessel/NYXRunnable.h>
 #include <tessel/NYXThread.h>
 #include <tessel/NYXThreadImpl.h>

@@ -8,7 +8,9 @@ set(PORTABLE_TESTS
     TestLogRecord.cpp
     TestLogger.cpp
     TestNLS.cpp
+    TestNYXEnvironment.cpp
     TestNYXException.cpp
+    TestNYXPropConstant.cpp
     TestNativeProperties.cpp
     TestNativePropertyItem.cpp
     TestRAS.cpp
