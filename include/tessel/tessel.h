@@ -6,6 +6,8 @@
 #include <tessel/EventLog.h>
 #include <tessel/Export.h>
 #include <tessel/FFDC.h>
+#include <tessel/FileLock.h>
+#include <tessel/FileLockImpl.h>
 #include <tessel/FilePermissionsException.h>
 #include <tessel/IPC.h>
 #include <tessel/IPCClient.h>
@@ -20,6 +22,7 @@
 #include <tessel/IPCServer.h>
 #include <tessel/IPCServerImpl.h>
 #include <tessel/IPCTimeoutException.h>
+#include <tessel/LogFileProperties.h>
 #include <tessel/LogHandler.h>
 #include <tessel/LogLevel.h>
 #include <tessel/LogRecord.h>
@@ -46,6 +49,7 @@
 #include <tessel/RASEnvironment.h>
 #include <tessel/RasDescriptor.h>
 #include <tessel/ResourceBundle.h>
+#include <tessel/SecureFileHandler.h>
 #include <tessel/Synchronize.h>
 #include <tessel/Trace.h>
 #include <tessel/TraceDataLogRecord.h>
