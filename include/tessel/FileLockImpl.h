@@ -21,12 +21,12 @@ class TESSEL_API FileLockImpl : public FileLock {
   friend class FileLock;
   friend TESSEL_API std::ostream& operator<<(std::ostream& stream, const FileLockImpl& lock);
 
-  // Takes over an open lock file.
-  FileLockImpl(const std::string& name, bool shared, bool writePid, void* handle);
+  // Holds nothing yet.
+  explicit FileLockImpl(const std::string& name);
 
   const void* getHandle() const override;
+  bool open(bool shared);
   void recordProcess(bool shared);
-  void release() noexcept;
 
   static const RasDescriptor rd;
 

@@ -31,6 +31,44 @@ class TESSEL_API NYXUtils {
   static std::string getUID();
   /// @}
 
+  /// @name File security
+  /// Paths are in the ANSI code page. Access lists are replaced as a whole, without denying entries: whom a list does
+  /// not name, the system's own account among them, has no access. Owner, group and audit list stay.
+  /// @{
+
+  /// Restricts a file or directory to the current user and the Administrators, who may do everything.
+  /// @param everyoneRead Everyone may read as well, and list a directory.
+  /// @param everyoneWrite Everyone may write as well, delete, and change the access list itself.
+  /// @throws NYXIOException KTBNV0021 to KTBNV0031.
+  static void mkpriv(const std::string& path, bool everyoneRead, bool everyoneWrite);
+
+  /// As mkpriv, and the group "omni" may do everything, too, if there is an account of that name. Everyone may always
+  /// read: what the group administers is shared configuration, which each user's programs need.
+  /// @throws NYXIOException KTBNV0021 to KTBNV0031, or KTBNV0172 when the group cannot be looked up.
+  static void mkGroupOmniWrite(const std::string& path, bool everyoneWrite);
+
+  /// Not supported, and captured as a failure. @throws NYXException always.
+  static void mkGroupWrite(const std::string& path, const std::string& group, bool flag);
+
+  /// Not supported: there are no mode bits on this platform. @throws NYXUnsupportedOperationException KTBNV0020,
+  /// always.
+  static void chmod(const std::string& path, int mode);
+
+  /// Makes the directory and each parent that is missing. Those that it makes get the access list of
+  /// mkpriv(dir, everyoneAccess, everyoneAccess), those that exist keep theirs.
+  /// @return 0 when the directory exists now, as it does for the empty path; -1 otherwise. Directories that were made
+  ///         before the failure stay.
+  /// @throws NYXIOException what mkpriv throws.
+  static int mkdirs(const std::string& path, bool everyoneAccess);
+
+  /// Tests that none of the groups Guests, Users and Everyone has access. A right that an entry allows to one of them
+  /// counts unless an entry before it denies that group everything. Other groups are not looked at, however many
+  /// users they have, nor are generic rights and the inheritance flags of an entry.
+  /// @throws FilePermissionsException KTBNV0145 or KTBNV0146 when the file is open; KTBNV0138 to KTBNV0144 or
+  ///         KTBNV0147 when its access list cannot be read or is malformed.
+  static void checkFilePermissions(const std::string& path);
+  /// @}
+
   /// @name Environment
   /// @{
 
@@ -86,6 +124,10 @@ class TESSEL_API NYXUtils {
 
  private:
   static void SignalHandler(int signal);
+
+  // A heap block, as large as the descriptor that the system announced, for the caller to free. Throws
+  // FilePermissionsException KTBNV0138, KTBNV0139 or KTBNV0140.
+  static const void* getSecurityDescriptor(std::string path);
 
   static const RasDescriptor rd;
 };

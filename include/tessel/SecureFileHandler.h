@@ -16,17 +16,17 @@ class RasDescriptor;
 
 namespace internal {
 class LineFile;
-}
+enum class FileContent;
+}  // namespace internal
 
 /// A text file that is written line by line, rotates through a fixed number of generations, and that only the right
 /// accounts can read.
 ///
 /// A lock file beside the current file, of its name with ".lck", keeps other processes from the same names: a second
-/// process gets names that end in ".1". Lines end as Windows lines do. Other processes may read the file meanwhile;
-/// one that changes it or that holds a generation without letting it be renamed is outside the contract of the
-/// former and only delays the rotation in the latter case.
+/// process gets names that end in ".1". Lines end as Windows lines do. Other programs may read the file meanwhile, but
+/// must not change it: while the lock is held, the handler knows the end of the file without asking the system.
 ///
-/// All members may be called from any thread at once.
+/// All members may be called from any thread.
 class TESSEL_API SecureFileHandler {
  public:
   /// Opens the file, after rotating when it has reached the limit or is not to be continued.
@@ -80,20 +80,24 @@ class TESSEL_API SecureFileHandler {
  private:
   struct Failure;
 
-  // The same files without lock: not used.
+  // Has taken nothing yet.
+  SecureFileHandler(int limit, int count, bool canRead);
+  // The same files without their lock: not used.
   SecureFileHandler(const SecureFileHandler& other);
 
   static std::string getfileName(const std::string& pattern, int generation, long unique);
 
   long chooseUnique(const std::string& pattern, int generation);
   bool lock(const std::string& file);
-  void openFirst(bool append);
-  bool write(const std::string& text, Failure& failure);
-  bool makeReady(Failure& failure);
-  bool reopen(Failure& failure);
-  bool rotate(Failure& failure);
-  bool rotateFile(Failure& failure);
+  bool openFirst(bool append, Failure& failure);
+  bool open(internal::FileContent content, Failure& failure);
+  void noteFailure(Failure& failure) const;
   void restrict(bool check);
+  void restrictAgain();
+  bool rotateFile(Failure& failure) const;
+  void rotate(Failure& failure);
+  void makeReady(Failure& failure);
+  void writeLine(const std::string& text, Failure& failure);
 
   static const RasDescriptor rd;
 

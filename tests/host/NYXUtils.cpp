@@ -2,9 +2,12 @@
 #include <tessel/NYXUtils.h>
 
 #include <cstdlib>
+#include <filesystem>
 #include <system_error>
 
+#include <tessel/FilePermissionsException.h>
 #include <tessel/NYXException.h>
+#include <tessel/NYXIOException.h>
 
 #include "internal/Bundles.h"
 #include "internal/LastError.h"
@@ -16,6 +19,50 @@ using internal::LastError;
 using internal::MethodTrace;
 
 const RasDescriptor NYXUtils::rd("NYXUtils", internal::kMessages);
+
+namespace {
+
+namespace fs = std::filesystem;
+
+constexpr fs::perms kStrangers = fs::perms::group_all | fs::perms::others_all;
+
+fs::perms strangersRights(bool directory, bool read, bool write) {
+  const fs::perms search = directory ? fs::perms::others_exec : fs::perms::none;
+  return (read ? fs::perms::others_read | search : fs::perms::none) |
+         (write ? fs::perms::others_write : fs::perms::none);
+}
+
+}  // namespace
+
+void NYXUtils::mkpriv(const std::string& path, bool everyoneRead, bool everyoneWrite) {
+  const MethodTrace trace(rd, nullptr, "mkpriv", path, everyoneRead, everyoneWrite);
+  std::error_code error;
+  const bool directory = fs::is_directory(path, error);
+  const fs::perms owner = directory ? fs::perms::owner_all : fs::perms::owner_read | fs::perms::owner_write;
+  fs::permissions(path, owner | strangersRights(directory, everyoneRead, everyoneWrite), error);
+  if (error) throw trace.failure<NYXIOException>("KTBNV0031_SETFILESECURITY_ERROR", error.message(), path);
+}
+
+int NYXUtils::mkdirs(const std::string& path, bool everyoneAccess) {
+  constexpr int kFailed = -1;
+  MethodTrace trace(rd, nullptr, "mkdirs", path, everyoneAccess);
+  std::error_code error;
+  if (path.empty() || fs::is_directory(path, error)) return trace.result(0);
+  if (fs::exists(path, error) || mkdirs(getParent(path), everyoneAccess) != 0) return trace.result(kFailed);
+  if (!fs::create_directory(path, error)) return trace.result(fs::is_directory(path, error) ? 0 : kFailed);
+  mkpriv(path, everyoneAccess, everyoneAccess);
+  return trace.result(0);
+}
+
+void NYXUtils::checkFilePermissions(const std::string& path) {
+  const MethodTrace trace(rd, nullptr, "checkFilePermissions", path);
+  std::error_code error;
+  const fs::perms rights = fs::status(path, error).permissions();
+  if (error) throw trace.failure<FilePermissionsException>("KTBNV0139_GETFILESECURITY_ERROR", error.message(), path);
+  if ((rights & kStrangers) != fs::perms::none) {
+    throw trace.failure<FilePermissionsException>("KTBNV0145_GROUP_HAS_ACCESS", "Everyone", path);
+  }
+}
 
 std::string NYXUtils::getenv(const std::string& name) {
   MethodTrace trace(rd, nullptr, "getenv", name);

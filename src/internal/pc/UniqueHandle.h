@@ -1,6 +1,7 @@
 // Owners of what the system hands out. Each closes its resource and keeps the thread's last error.
 #pragma once
 
+#include <cstdlib>
 #include <memory>
 #include <utility>
 
@@ -46,6 +47,8 @@ class UniqueHandle {
     }
     handle_ = handle;
   }
+  // For a handle whose closing can bring a failure to light; the last error then tells why.
+  bool close() noexcept { return !handle_ || CloseHandle(release()) != 0; }
   // Where a system call writes the handle that it opens.
   HANDLE* receive() noexcept {
     reset();
@@ -63,5 +66,14 @@ struct SidDeleter {
   }
 };
 using UniqueSid = std::unique_ptr<void, SidDeleter>;
+
+// What malloc and calloc gave.
+struct HeapDeleter {
+  void operator()(const void* block) const noexcept {
+    const KeepLastError keep;
+    std::free(const_cast<void*>(block));
+  }
+};
+using UniqueHeapBlock = std::unique_ptr<const void, HeapDeleter>;
 
 }  // namespace tessel::internal

@@ -3,7 +3,7 @@
 #include "internal/Bundles.h"
 #include "internal/LastError.h"
 #include "internal/MethodTrace.h"
-#include "internal/pc/UniqueHandle.h"
+#include "internal/pc/WellKnownSids.h"
 
 namespace tessel {
 
@@ -15,13 +15,6 @@ namespace {
 
 PSID userOf(internal::TokenBuffer& buffer) { return reinterpret_cast<TOKEN_USER*>(buffer.data())->User.Sid; }
 
-internal::UniqueSid administratorsSid() {
-  SID_IDENTIFIER_AUTHORITY authority = SECURITY_NT_AUTHORITY;
-  PSID sid = nullptr;
-  AllocateAndInitializeSid(&authority, 2, SECURITY_BUILTIN_DOMAIN_RID, DOMAIN_ALIAS_RID_ADMINS, 0, 0, 0, 0, 0, 0, &sid);
-  return internal::UniqueSid(sid);
-}
-
 // The thread's own token when it impersonates, else the process's.
 bool openToken(internal::UniqueHandle& token) {
   if (OpenThreadToken(GetCurrentThread(), TOKEN_QUERY, TRUE, token.receive())) return true;
@@ -32,7 +25,7 @@ bool openToken(internal::UniqueHandle& token) {
 
 unsigned long SecurityData::setSecurityAttributes() {
   MethodTrace trace(rd, this, "setSecurityAttributes");
-  const internal::UniqueSid administrators = administratorsSid();
+  const internal::UniqueSid administrators = internal::administratorsSid();
   built_ = administrators && readUser() && buildList(administrators.get()) && buildDescriptor();
   const internal::LastError error;
   if (!built_) return trace.result(error.number());

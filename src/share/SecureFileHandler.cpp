@@ -1,0 +1,232 @@
+#include <tessel/SecureFileHandler.h>
+
+#include <algorithm>
+#include <sstream>
+
+#include <tessel/FileLock.h>
+#include <tessel/LogRecord.h>
+#include <tessel/NYXIOException.h>
+#include <tessel/NYXThreadSyncImpl.h>
+#include <tessel/NYXUtils.h>
+
+#include "internal/Bundles.h"
+#include "internal/DiagnosticsLock.h"
+#include "internal/LastError.h"
+#include "internal/LineFile.h"
+#include "internal/MethodTrace.h"
+#include "internal/UnicodeEscapes.h"
+#include "internal/UniqueNumber.h"
+
+namespace tessel {
+
+using internal::FileContent;
+using internal::LastError;
+using internal::LineFile;
+using internal::MethodTrace;
+
+const RasDescriptor SecureFileHandler::rd("SecureFileHandler", internal::kMessages);
+
+// What went wrong, to be thrown when the lock is no longer held: formatting may capture a failure, and a capture may
+// have to wait for this handler.
+struct SecureFileHandler::Failure {
+  const char* key = nullptr;  // null when nothing has
+  std::string from;
+  std::string to;  // of a rename
+  LastError error{0};
+
+  NYXIOException exception(const MethodTrace& trace) const {
+    return to.empty() ? trace.failure<NYXIOException>(key, from, error.text())
+                      : trace.failure<NYXIOException>(key, from, to, error.text());
+  }
+};
+
+SecureFileHandler::SecureFileHandler(int limit, int count, bool canRead)
+    : limit_(limit), count_(std::max(count, 1)), canRead_(canRead), sync_(new NYXThreadSyncImpl), out_(new LineFile) {}
+
+SecureFileHandler::SecureFileHandler(const SecureFileHandler& other)
+    : SecureFileHandler(other.limit_, other.count_, other.canRead_) {
+  files_ = other.files_;
+}
+
+// The object is complete before anything is taken: what fails here gives it back by the destructor.
+SecureFileHandler::SecureFileHandler(const std::string& pattern, int limit, int count, bool append, bool canRead,
+                                     int generation)
+    : SecureFileHandler(limit, count, canRead) {
+  const MethodTrace trace(rd, this, "SecureFileHandler", pattern, limit, count, append, canRead);
+  const long unique = chooseUnique(pattern, generation);
+  files_.push_back(getfileName(pattern, generation, unique));
+  for (int i = 1; i < count_; ++i) files_.push_back(getfileName(pattern, i, unique));
+  Failure failure;
+  if (!openFirst(append, failure)) throw failure.exception(trace);
+  restrict(false);
+}
+
+SecureFileHandler::~SecureFileHandler() { SecureFileHandler::close(); }
+
+std::string SecureFileHandler::getfileName(const std::string& pattern, int generation, long unique) {
+  std::string name = pattern;
+  const std::string number = std::to_string(generation);
+  for (std::size_t at = 0; (at = name.find("%g", at)) != std::string::npos; at += number.size()) {
+    name.replace(at, 2, number);
+  }
+  return unique > 0 ? name + '.' + std::to_string(unique) : name;
+}
+
+long SecureFileHandler::chooseUnique(const std::string& pattern, int generation) {
+  MethodTrace trace(rd, this, "chooseUnique", pattern, generation);
+  const std::string parent = NYXUtils::getParent(getfileName(pattern, generation, 0));
+  if (NYXUtils::mkdirs(parent, canRead_) != 0) {
+    const LastError error;
+    throw trace.failure<NYXIOException>("KTBNV0051_MKDIR_FAILED", parent, error.text());
+  }
+  const long unique = internal::firstUsable([&](long number) {
+    const std::string file = getfileName(pattern, generation, number);
+    return (!internal::fileExists(file) || internal::canAppend(file)) && lock(file);
+  });
+  if (unique == internal::kNoUniqueNumber) {
+    throw trace.failure<NYXIOException>("KTBNV0055_UNABLE_TO_CREATE_FILE", pattern);
+  }
+  return trace.result(unique);
+}
+
+// Returns false when another process has the file.
+bool SecureFileHandler::lock(const std::string& file) {
+  const MethodTrace trace(rd, this, "lock", file);
+  const std::string path = file + ".lck";
+  const auto report = [&](const std::string& reason) {
+    trace.data(TraceLevel::MODERATE, "Failed to lock file: " + path + " reason: " + reason);
+  };
+  try {
+    fileLock_.reset(FileLock::newInstanceIfFree(path, false, false));
+    if (!fileLock_) {
+      report("it is held already");
+      return false;
+    }
+    lockFilePath_ = path;
+  } catch (const NYXException& exception) {
+    report(exception.getMessage());
+  }
+  return true;
+}
+
+bool SecureFileHandler::openFirst(bool append, Failure& failure) {
+  const bool exists = internal::fileExists(files_[0]);
+  if (exists && append) {
+    if (!open(FileContent::kept, failure)) return false;
+    if (out_->size(true) < limit_) return true;
+    out_->close();
+  }
+  if (exists && !rotateFile(failure)) return false;
+  return open(append ? FileContent::kept : FileContent::emptied, failure);
+}
+
+// To be called at once after a call of the system has failed.
+void SecureFileHandler::noteFailure(Failure& failure) const {
+  const LastError error;
+  failure = {"KTBNV0054_UNABLE_TO_OPEN_FILE", files_[0], {}, error};
+}
+
+bool SecureFileHandler::open(FileContent content, Failure& failure) {
+  const bool opened = out_->open(files_[0], content);
+  if (!opened) noteFailure(failure);
+  return opened;
+}
+
+// A file that cannot be restricted does not stay open: no line goes to it, and the next line tries again.
+void SecureFileHandler::restrict(bool check) {
+  try {
+    NYXUtils::mkpriv(files_[0], canRead_, canRead_);
+    if (check && !canRead_) NYXUtils::checkFilePermissions(files_[0]);
+  } catch (const NYXException&) {
+    out_->close();
+    throw;
+  }
+}
+
+void SecureFileHandler::restrictAgain() {
+  try {
+    restrict(true);
+  } catch (const NYXException& exception) {
+    throw NYXException(exception);  // the handlers above are promised this kind
+  }
+}
+
+// Oldest first, so that every name is free or about to be replaced. Names are equal when the pattern has no "%g": the
+// file is then left to be emptied.
+bool SecureFileHandler::rotateFile(Failure& failure) const {
+  for (std::size_t i = files_.size(); --i > 0;) {
+    const std::string& from = files_[i - 1];
+    if (from == files_[i] || internal::renameFile(from, files_[i]) != internal::Renamed::failed) continue;
+    const LastError error;
+    failure = {"KTBNV0056_RENAME_FAILED", from, files_[i], error};
+    return false;
+  }
+  return true;
+}
+
+// When the generations cannot be renamed, the current file goes on.
+void SecureFileHandler::rotate(Failure& failure) {
+  out_->close();
+  if (!rotateFile(failure)) {
+    open(FileContent::kept, failure);
+  } else if (open(FileContent::emptied, failure)) {
+    restrictAgain();
+  }
+}
+
+// Leaves the file open if a line can be written, whatever else has failed.
+void SecureFileHandler::makeReady(Failure& failure) {
+  if (!out_->isOpen()) {
+    if (!open(FileContent::kept, failure)) return;
+    restrictAgain();
+  }
+  const std::int64_t size = out_->size(fileLock_ != nullptr);
+  if (size < 0) {
+    noteFailure(failure);
+    out_->close();
+  } else if (size >= limit_) {
+    rotate(failure);
+  }
+}
+
+void SecureFileHandler::writeLine(const std::string& text, Failure& failure) {
+  const internal::DiagnosticsLock guard(*sync_);
+  makeReady(failure);
+  if (out_->isOpen() && !out_->writeLine(text)) noteFailure(failure);
+}
+
+void SecureFileHandler::publish(const std::string& text) {
+  const MethodTrace trace(rd, this, "publish");
+  Failure failure;
+  const bool escaped = text.find("\\u") != std::string::npos;
+  writeLine(escaped ? getUtf8EncodedString(text) : text, failure);
+  if (failure.key) throw failure.exception(trace);
+}
+
+void SecureFileHandler::publish(const LogRecord& record) {
+  std::ostringstream line;
+  line << record;
+  publish(line.str());
+}
+
+void SecureFileHandler::close() {
+  const MethodTrace trace(rd, this, "close");
+  std::string left;
+  {
+    const internal::DiagnosticsLock guard(*sync_);
+    fileLock_.reset();
+    if (!lockFilePath_.empty() && !internal::removeFile(lockFilePath_)) left = lockFilePath_;
+    lockFilePath_.clear();
+  }
+  if (!left.empty()) trace.data(TraceLevel::MODERATE, "Failed to delete file: " + left);
+}
+
+std::string SecureFileHandler::getUtf8EncodedString(std::string text) { return internal::withoutEscapes(text); }
+
+std::string SecureFileHandler::convertToUtf8(unsigned int codePoint) {
+  std::string text;
+  internal::appendUtf8(text, codePoint);
+  return text;
+}
+
+}  // namespace tessel
