@@ -4,6 +4,7 @@
 
 #include <tessel/ConsoleLogHandler.h>
 #include <tessel/EventLog.h>
+#include <tessel/EventLogHandler.h>
 #include <tessel/Export.h>
 #include <tessel/FFDC.h>
 #include <tessel/FileLock.h>
@@ -55,6 +56,7 @@
 #include <tessel/TraceDataLogRecord.h>
 #include <tessel/TraceEntryLogRecord.h>
 #include <tessel/TraceExitLogRecord.h>
+#include <tessel/TraceFileLogHandler.h>
 #include <tessel/TraceLevel.h>
 #include <tessel/TraceThrowingLogRecord.h>
 #include <tessel/WindowsGroupType.h>

@@ -6,6 +6,7 @@ namespace tessel::internal {
 namespace {
 
 thread_local unsigned marks = 0;
+thread_local unsigned filesEntered = 0;
 
 }  // namespace
 
@@ -18,5 +19,11 @@ bool NoBlockingTrace::active() noexcept { return marks != 0; }
 DiagnosticsLock::DiagnosticsLock(NYXThreadSync& sync) : sync_(sync) { sync_.lock(); }
 
 DiagnosticsLock::~DiagnosticsLock() { sync_.unlock(); }
+
+InsideLogFile::InsideLogFile() noexcept { ++filesEntered; }
+
+InsideLogFile::~InsideLogFile() { --filesEntered; }
+
+bool InsideLogFile::active() noexcept { return filesEntered != 0; }
 
 }  // namespace tessel::internal

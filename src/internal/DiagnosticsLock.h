@@ -33,4 +33,17 @@ class DiagnosticsLock {
   NYXThreadSync& sync_;
 };
 
+// Marks that this thread is inside one of the log files: opening, rotating and securing it calls functions that
+// report failures. Captures and events that are raised meanwhile go to standard error. They could wait for the
+// capture lock, whose holder may be waiting for this very file, or write into the middle of a rotation.
+class InsideLogFile {
+ public:
+  InsideLogFile() noexcept;
+  ~InsideLogFile();
+  InsideLogFile(const InsideLogFile&) = delete;
+  InsideLogFile& operator=(const InsideLogFile&) = delete;
+
+  static bool active() noexcept;
+};
+
 }  // namespace tessel::internal

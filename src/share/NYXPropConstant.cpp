@@ -48,10 +48,10 @@ NYXPropConstant::~NYXPropConstant() = default;
 
 // NOLINTNEXTLINE(bugprone-unhandled-self-assignment,cert-oop54-cpp): nothing is ever assigned
 NYXPropConstant& NYXPropConstant::operator=(const NYXPropConstant&) {
-  const internal::MethodTrace trace(rd, this, "operator=");
+  const internal::MethodTrace method(rd, this, "operator=");
   const NYXException failure("NYXPropConstant assignment operator should never be called!");
   FFDC::capture(rd, "operator=", FFDC::PROBE_001(), &failure);
-  throw trace.thrown(failure);
+  throw method.thrown(failure);
 }
 
 // Threads that come first at the same moment agree on one instance.

@@ -2,7 +2,9 @@
 set(PORTABLE_TESTS
     TestConsoleLogHandler.cpp
     TestEventLog.cpp
+    TestEventLogHandler.cpp
     TestFFDC.cpp
+    TestFFDCFiles.cpp
     TestIPCMessage.cpp
     TestLogLevel.cpp
     TestLogRecord.cpp
@@ -14,7 +16,9 @@ set(PORTABLE_TESTS
     TestNativeProperties.cpp
     TestNativePropertyItem.cpp
     TestRAS.cpp
+    TestRASInitialize.cpp
     TestRasDescriptor.cpp
     TestResourceBundle.cpp
     TestSynchronize.cpp
-    TestTrace.cpp)
+    TestTrace.cpp
+    TestTraceFileLogHandler.cpp)

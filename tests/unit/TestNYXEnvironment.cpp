@@ -25,8 +25,8 @@ TEST(NYXEnvironment, FirstValueOfAKeyStays) {
 }
 
 TEST(NYXEnvironment, MissingKeyIsThrownByItsName) {
-  EXPECT_EQ("environment.missing", test::thrownBy<PropertyNotFoundException>(
-                                       [] { NYXEnvironment::getProperty("environment.missing"); }));
+  EXPECT_EQ("environment.missing",
+            test::thrownBy<PropertyNotFoundException>([] { NYXEnvironment::getProperty("environment.missing"); }));
 }
 
 TEST(NYXEnvironment, EmptyKeysAndValuesAreKeysAndValues) {
