@@ -2,6 +2,7 @@
 #pragma once
 
 #include <atomic>
+#include <vector>
 
 #include <tessel/Export.h>
 #include <tessel/NativePropertyItem.h>
@@ -22,6 +23,9 @@ class TESSEL_API NYXPropConstant {
 
   /// Copies every item.
   NYXPropConstant(const NYXPropConstant& other);
+
+  /// @return all items in the order of their declaration. They belong to this object.
+  std::vector<const NativePropertyItem*> getItems() const;
 
   const NativePropertyItem agentQMgr;                ///< agentQMgr
   const NativePropertyItem agentQMgrHost;            ///< agentQMgrHost

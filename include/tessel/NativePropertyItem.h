@@ -15,6 +15,8 @@ class RasDescriptor;
 /// Immutable; may be shared between threads.
 class TESSEL_API NativePropertyItem {
  public:
+  enum Type : int { STRING = 0, INTEGER = 1, BOOLEAN = 2 };
+
   /// A string with a default.
   NativePropertyItem(const std::string& key, const std::string& defaultValue);
   /// As above, so that a literal does not become a boolean.
@@ -32,6 +34,10 @@ class TESSEL_API NativePropertyItem {
   virtual ~NativePropertyItem();
 
   const std::string& getKey() const;
+  Type getType() const;
+  /// @return the least and the greatest value of an integer; 0 for other types.
+  int getMinimum() const;
+  int getMaximum() const;
   std::string getDefaultStringValue() const;
   int getDefaultIntegerValue() const;
   bool getDefaultBooleanValue() const;
@@ -56,8 +62,6 @@ class TESSEL_API NativePropertyItem {
 
  private:
   friend TESSEL_API std::ostream& operator<<(std::ostream& stream, const NativePropertyItem& item);
-
-  enum Type : int { STRING = 0, INTEGER = 1, BOOLEAN = 2 };
 
   NativePropertyItem(const std::string& key, Type type);
 

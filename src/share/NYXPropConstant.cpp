@@ -54,6 +54,30 @@ NYXPropConstant& NYXPropConstant::operator=(const NYXPropConstant&) {
   throw method.thrown(failure);
 }
 
+std::vector<const NativePropertyItem*> NYXPropConstant::getItems() const {
+  return {&agentQMgr,
+          &agentQMgrHost,
+          &agentQMgrRetryInterval,
+          &tesselQueueManager,
+          &loggerQMgrRetryInterval,
+          &tesselQueueManagerHost,
+          &outputLogFiles,
+          &outputLogSize,
+          &trace,
+          &traceFiles,
+          &traceSize,
+          &adminGroup,
+          &maxRestartCount,
+          &maxRestartInterval,
+          &maxRestartDelay,
+          &processControllerStatus,
+          &lastApplicationExitCode,
+          &queueManagerStatus,
+          &queueManagerLastError,
+          &currentApplicationRestartCount,
+          &totalApplicationRestartCount};
+}
+
 // Threads that come first at the same moment agree on one instance.
 const NYXPropConstant& NYXPropConstant::getInstance() {
   const NYXPropConstant* instance = impl.load();

@@ -26,13 +26,15 @@
 namespace tessel {
 
 std::atomic<bool> internal::traceSwitch{false};
+std::atomic<bool> internal::traceAvailable{false};
 std::atomic<bool> internal::traceEverOn{false};
 
 namespace {
 
 const RasDescriptor rd("RAS", internal::kMessages);
 
-std::atomic<bool> traceAvailable{false};
+using internal::traceAvailable;
+
 std::atomic<int> debugLevel{TraceLevel::OFF};
 
 // Under the lock, so that of two changes the later one decides.
@@ -101,6 +103,8 @@ bool wantsConsole(const RASEnvironment& environment) {
 }
 
 }  // namespace
+
+const std::string& internal::traceSpecNamePrefix() noexcept { return textOf(specNamePrefix); }
 
 struct RAS::Outputs {
   Output event;
@@ -284,6 +288,6 @@ RASEnvironment RAS::getEnvironment() {
 
 const std::string& RAS::getLogPath() { return textOf(logPath); }
 
-std::string RAS::getTraceSpecNamePrefix() { return textOf(specNamePrefix); }
+std::string RAS::getTraceSpecNamePrefix() { return internal::traceSpecNamePrefix(); }
 
 }  // namespace tessel

@@ -30,22 +30,25 @@ std::string RasDescriptor::getMessageBundle() const { return messageBundle_; }
 Logger* RasDescriptor::getLogger() const { return logger_; }
 bool RasDescriptor::isDebug() const { return logger_ == nullptr; }
 
-bool RasDescriptor::isOn(const TraceLevel& level) const {
+// Asked at every trace point while trace is available: it makes no objects and no calls.
+bool RasDescriptor::isOnAt(int level) const {
   if (!internal::traceMayBeOn()) return false;
-  if (isDebug()) return RAS::isDebugOn(level);
-  if (!RAS::isTraceAvailable()) return false;
-  switch (level.getValue()) {
+  if (!logger_) return RAS::isDebugOn(static_cast<TraceLevel::TraceLevelValue>(level));
+  if (!internal::traceAvailable.load(std::memory_order_relaxed)) return false;
+  switch (level) {
     case TraceLevel::FLOW:
-      return logger_->isLoggable(LogLevel::FINE);
+      return logger_->passes(LogLevel::FINE);
     case TraceLevel::MODERATE:
-      return logger_->isLoggable(LogLevel::FINER);
+      return logger_->passes(LogLevel::FINER);
     case TraceLevel::VERBOSE:
-      return logger_->isLoggable(LogLevel::FINEST);
+      return logger_->passes(LogLevel::FINEST);
     default:
       return false;
   }
 }
 
-bool RasDescriptor::isFlowOn() const { return isOn(TraceLevel::FLOW); }
+bool RasDescriptor::isOn(const TraceLevel& level) const { return isOnAt(level.value_); }
+
+bool RasDescriptor::isFlowOn() const { return isOnAt(TraceLevel::FLOW); }
 
 }  // namespace tessel

@@ -1,7 +1,6 @@
 #include <tessel/SecureFileHandler.h>
 
 #include <algorithm>
-#include <sstream>
 
 #include <tessel/FileLock.h>
 #include <tessel/LogRecord.h>
@@ -204,9 +203,11 @@ void SecureFileHandler::publish(const std::string& text) {
 }
 
 void SecureFileHandler::publish(const LogRecord& record) {
-  std::ostringstream line;
-  line << record;
-  publish(line.str());
+  constexpr std::size_t kUsualLine = 256;
+  std::string line;
+  line.reserve(kUsualLine);
+  record.appendTo(line);
+  publish(line);
 }
 
 void SecureFileHandler::close() {

@@ -1,6 +1,7 @@
 # The sources of unit/ that need no Windows and test no class of the platform.
 set(PORTABLE_TESTS
     TestConsoleLogHandler.cpp
+    TestDiagnosticsLoad.cpp
     TestEventLog.cpp
     TestEventLogHandler.cpp
     TestFFDC.cpp

@@ -77,6 +77,13 @@ TEST(NYXPropConstant, EveryKeyHasItsTypeDefaultAndRange) {
   for (const Row& row : rows(NYXPropConstant::getInstance())) EXPECT_EQ(row.shown, printed(row.item));
 }
 
+TEST(NYXPropConstant, ItemsAreAllOfThemInOrder) {
+  const NYXPropConstant& all = NYXPropConstant::getInstance();
+  std::vector<const NativePropertyItem*> expected;
+  for (const Row& row : rows(all)) expected.push_back(&row.item);
+  EXPECT_EQ(expected, all.getItems());
+}
+
 TEST(NYXPropConstant, ThereIsOneInstanceUntilItIsDeleted) {
   const NYXPropConstant* first = &NYXPropConstant::getInstance();
   EXPECT_EQ(first, &NYXPropConstant::getInstance());
