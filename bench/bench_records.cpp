@@ -13,6 +13,7 @@
 #include <tessel/tessel.h>
 
 #include "BenchTimer.h"
+#include "TempFile.h"
 #include "internal/pc/UniqueHandle.h"
 
 namespace {
@@ -33,9 +34,9 @@ void record() {
   static const std::string argument = "argument";
   entered = !entered;
   if (entered) {
-    tessel::Trace::entry(traced, &sink, "method", argument);
+    tessel::Trace::entry(traced, &traced, "method", argument);
   } else {
-    tessel::Trace::exit(traced, &sink, "method", argument, "string");
+    tessel::Trace::exit(traced, &traced, "method", argument, "string");
   }
 }
 
@@ -85,29 +86,10 @@ std::string lineLike(const std::filesystem::path& file) {
   return std::string((last.size() + beforeLast.size()) / 2, 'x') + "\n";
 }
 
-class Folder {
- public:
-  Folder()
-      : path_(std::filesystem::temp_directory_path() / ("bench-records-" + std::to_string(GetCurrentProcessId()))) {
-    std::filesystem::create_directories(path_);
-  }
-  ~Folder() {
-    std::error_code ignored;
-    std::filesystem::remove_all(path_, ignored);
-  }
-  Folder(const Folder&) = delete;
-  Folder& operator=(const Folder&) = delete;
-
-  std::string operator/(const std::string& name) const { return (path_ / name).string(); }
-
- private:
-  std::filesystem::path path_;
-};
-
-void compareRecords(const Folder& folder, spdlog::logger& logger) {
+void compareRecords(const std::filesystem::path& folder, spdlog::logger& logger) {
   record();
   record();
-  PlainFile plain(folder / "plain", lineLike(folder / "trace0.log"));
+  PlainFile plain(folder / "plain.log", lineLike(folder / "trace0.log"));
   const auto write = [&plain] { plain.write(); };
   const auto log = [&logger] { logger.info("method {} [{}]", "method", "argument"); };
   bench::printTimes("enabled trace record to a rotating file", bench::compareCalls(record, write),
@@ -135,17 +117,18 @@ void measureIsOn() {
 }  // namespace
 
 int main() {
-  const Folder folder;
-  tessel::NYXEnvironment::setProperty("com.kelvo.tessel.native.logdir", folder / "");
+  const bench::TempFile anyFile("any.log");
+  const std::filesystem::path folder = std::filesystem::path(anyFile.path()).parent_path();
+  tessel::NYXEnvironment::setProperty("com.kelvo.tessel.native.logdir", folder.string());
   const auto properties = [&folder](const char* name) {
-    return tessel::LogFileProperties(folder / name, kLimit, kCount, true, false);
+    return tessel::LogFileProperties((folder / name).string(), kLimit, kCount, true, false);
   };
   tessel::RAS::initialize(tessel::RASEnvironment::DAEMON, properties("event%g.log"), properties("trace%g.log"), "");
   tessel::RAS::setLevel("BenchRecords=FLOW");
   {
-    const auto sinkOfPeer =
-        std::make_shared<spdlog::sinks::rotating_file_sink_mt>(folder / "spdlog.log", kLimit, kCount);
-    spdlog::logger logger("BenchRecords", sinkOfPeer);
+    const auto file =
+        std::make_shared<spdlog::sinks::rotating_file_sink_mt>((folder / "spdlog.log").string(), kLimit, kCount);
+    spdlog::logger logger("BenchRecords", file);
     logger.flush_on(spdlog::level::trace);
     compareRecords(folder, logger);
   }

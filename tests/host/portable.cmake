@@ -8,6 +8,7 @@ set(PORTABLE_TESTS
     TestFFDCFiles.cpp
     TestIPCMessage.cpp
     TestLogLevel.cpp
+    TestLogFileProperties.cpp
     TestLogRecord.cpp
     TestLogger.cpp
     TestNLS.cpp
@@ -20,6 +21,8 @@ set(PORTABLE_TESTS
     TestRASInitialize.cpp
     TestRasDescriptor.cpp
     TestResourceBundle.cpp
+    TestSecureFileHandler.cpp
     TestSynchronize.cpp
     TestTrace.cpp
-    TestTraceFileLogHandler.cpp)
+    TestTraceFileLogHandler.cpp
+    TestUnicodeEscapes.cpp)

@@ -120,16 +120,16 @@ TEST_F(FileLockTest, WithoutProcessNumberLeavesThatOfAnotherLockAlone) {
 }
 
 TEST_F(FileLockTest, CannotShareAProcessNumber) {
-  EXPECT_EQ(failure(true, true), messageText("KTBNV0121_UNABLE_TO_OPEN_FILE", pidName,
-                                             NYXUtils::getLastErrorMessage(ERROR_ACCESS_DENIED)));
+  EXPECT_EQ(failure(true, true),
+            messageText("KTBNV0121_UNABLE_TO_OPEN_FILE", pidName, NYXUtils::getLastErrorMessage(ERROR_ACCESS_DENIED)));
   EXPECT_EQ(names(), Names{"agent.lck"});
   EXPECT_NE(takeIfFree(false), nullptr);
 }
 
 TEST_F(FileLockTest, IsNotHeldWhenTheProcessNumberCannotBeWritten) {
   std::filesystem::create_directory(pidName);
-  EXPECT_EQ(failure(false, true), messageText("KTBNV0121_UNABLE_TO_OPEN_FILE", pidName,
-                                              NYXUtils::getLastErrorMessage(ERROR_ACCESS_DENIED)));
+  EXPECT_EQ(failure(false, true),
+            messageText("KTBNV0121_UNABLE_TO_OPEN_FILE", pidName, NYXUtils::getLastErrorMessage(ERROR_ACCESS_DENIED)));
   EXPECT_TRUE(std::filesystem::is_directory(pidName));
   EXPECT_NE(takeIfFree(false), nullptr);
 }
@@ -139,8 +139,7 @@ TEST_F(FileLockTest, CapturesANameWithoutItsEndingAndHoldsTheLock) {
     const test::Captures captures;
     const Lock lock(FileLock::newInstance(path(name), false, true));
     EXPECT_EQ(captures.values("Class:"), Names{"FileLockImpl"});
-    EXPECT_EQ(captures.values("Cause:"),
-              Names{"class NYXException: File lock name expected to end .lck but doesn't"});
+    EXPECT_EQ(captures.values("Cause:"), Names{"class NYXException: File lock name expected to end .lck but doesn't"});
     EXPECT_EQ(Lock(FileLock::newInstanceIfFree(path(name), false, false)), nullptr) << name;
   }
   EXPECT_EQ(names(), (Names{"agent.LCK", "agent.lock", "lck"})) << "no process number";

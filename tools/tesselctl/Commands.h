@@ -13,6 +13,7 @@ using Command = std::function<int()>;
 // Each adds its command; the one that the user names is stored in `chosen`.
 void addIpcServe(CLI::App& group, Command& chosen);
 void addIpcSend(CLI::App& group, Command& chosen);
+void addLock(CLI::App& app, Command& chosen);
 void addProps(CLI::App& group, Command& chosen);
 
 }  // namespace tesselctl

@@ -47,6 +47,7 @@ int main(int argc, char** argv) {
   ipc->require_subcommand(1);
   tesselctl::addIpcServe(*ipc, command);
   tesselctl::addIpcSend(*ipc, command);
+  tesselctl::addLock(app, command);
   tesselctl::addProps(app, command);
   try {
     app.parse(argc, argv);

@@ -1,0 +1,242 @@
+// Rotations that fail half-way: no line is lost for it, and none is cut.
+#include <gtest/gtest.h>
+
+#include <optional>
+
+#include <tessel/NYXIOException.h>
+#include <tessel/NYXUtils.h>
+
+#include "support/FileHooks.h"
+#include "support/Handles.h"
+#include "support/LogFolder.h"
+#include "support/Thrown.h"
+
+namespace tessel::test {
+namespace {
+
+std::string systemText(DWORD error) { return NYXUtils::getLastErrorMessage(static_cast<int>(error)); }
+
+// A viewer that does not let its file be renamed or deleted.
+class Viewer {
+ public:
+  explicit Viewer(const std::string& path)
+      : file_(CreateFileA(path.c_str(), GENERIC_READ, FILE_SHARE_READ | FILE_SHARE_WRITE, nullptr, OPEN_EXISTING, 0,
+                          nullptr)) {
+    EXPECT_NE(file_, INVALID_HANDLE_VALUE);
+  }
+  ~Viewer() { CloseHandle(file_); }
+  Viewer(const Viewer&) = delete;
+  Viewer& operator=(const Viewer&) = delete;
+
+ private:
+  HANDLE file_;
+};
+
+// Each line is rotated away by the next one.
+class RotationFaults : public testing::Test {
+ protected:
+  RotationFaults() {
+    folder.write("t1.log", "one\r\n");
+    folder.write("t2.log", "two\r\n");
+    handler = folder.open({.limit = 1});
+    handler->publish("zero");
+    handles.emplace();
+  }
+
+  std::string failure(const std::string& text) {
+    return thrownBy<NYXIOException>([&] { handler->publish(text); });
+  }
+  std::string plainFailure(const std::string& text) {
+    return thrownBy<NYXException>([&] { handler->publish(text); });
+  }
+  std::string renameFailure(const std::string& from, const std::string& to, const std::string& text) const {
+    return messageText("KTBNV0056_RENAME_FAILED", folder.path(from), folder.path(to), text);
+  }
+  std::string openFailure() const { return messageText("KTBNV0054_UNABLE_TO_OPEN_FILE", current, kRareText); }
+  void expectFiles(const std::string& zero, const std::string& one, const std::string& two) const {
+    EXPECT_EQ(folder.bytes("t0.log"), zero);
+    EXPECT_EQ(folder.bytes("t1.log"), one);
+    EXPECT_EQ(folder.bytes("t2.log"), two);
+    EXPECT_EQ(handles->growth(), 0);
+  }
+
+  const LogFolder folder;
+  const std::string current = folder.path("t0.log");
+  std::unique_ptr<SecureFileHandler> handler;
+  std::optional<HandleBaseline> handles;
+};
+
+TEST_F(RotationFaults, AViewerOfTheCurrentFileDelaysTheRotation) {
+  {
+    const Viewer viewer(current);
+    EXPECT_EQ(failure("a"), renameFailure("t0.log", "t1.log", systemText(ERROR_SHARING_VIOLATION)));
+    EXPECT_EQ(failure("b"), renameFailure("t0.log", "t1.log", systemText(ERROR_SHARING_VIOLATION)));
+  }
+  expectFiles("zero\r\na\r\nb\r\n", "", "one\r\n");
+  handler->publish("c");
+  expectFiles("c\r\n", "zero\r\na\r\nb\r\n", "one\r\n");
+}
+
+TEST_F(RotationFaults, AViewerOfAnOlderGenerationDelaysTheRotationAndCostsNoGeneration) {
+  {
+    const Viewer viewer(folder.path("t1.log"));
+    EXPECT_EQ(failure("a"), renameFailure("t1.log", "t2.log", systemText(ERROR_SHARING_VIOLATION)));
+    EXPECT_EQ(failure("b"), renameFailure("t1.log", "t2.log", systemText(ERROR_SHARING_VIOLATION)));
+    expectFiles("zero\r\na\r\nb\r\n", "one\r\n", "two\r\n");
+  }
+  handler->publish("c");
+  expectFiles("c\r\n", "zero\r\na\r\nb\r\n", "one\r\n");
+}
+
+TEST_F(RotationFaults, AViewerOfTheOldestGenerationDelaysTheRotation) {
+  {
+    const Viewer viewer(folder.path("t2.log"));
+    const std::string text = failure("a");
+    EXPECT_EQ(text.find("KTBNV0056E"), 0U) << text;
+    EXPECT_NE(text.find(folder.path("t2.log")), std::string::npos) << text;
+    expectFiles("zero\r\na\r\n", "one\r\n", "two\r\n");
+  }
+  handler->publish("b");
+  expectFiles("b\r\n", "zero\r\na\r\n", "one\r\n");
+}
+
+TEST_F(RotationFaults, AConstructorWhoseRotationFailsCutsNothingAndReleasesTheLock) {
+  handler.reset();
+  handles.emplace();
+  for (const bool append : {false, true}) {
+    MoveHook hook;
+    hook.failAlways(kRareError);
+    EXPECT_EQ(thrownBy<NYXIOException>([&] { folder.open({.limit = 1, .append = append}); }),
+              renameFailure("t1.log", "t2.log", kRareText));
+    EXPECT_EQ(folder.names(), (std::vector<std::string>{"t0.log", "t1.log", "t2.log"}));
+    expectFiles("zero\r\n", "one\r\n", "two\r\n");
+  }
+}
+
+TEST_F(RotationFaults, ARenameThatFailsStopsTheRotation) {
+  MoveHook hook;
+  hook.failOnce(kRareError);
+  EXPECT_EQ(failure("a"), renameFailure("t1.log", "t2.log", kRareText));
+  EXPECT_EQ(hook.calls(), 1U);
+  expectFiles("zero\r\na\r\n", "one\r\n", "two\r\n");
+  handler->publish("b");
+  expectFiles("b\r\n", "zero\r\na\r\n", "one\r\n");
+}
+
+TEST_F(RotationFaults, AFileThatCannotBeOpenedAgainIsOpenedByTheNextLine) {
+  {
+    MoveHook moves;
+    moves.failAlways(kRareError);
+    const OpenFails opens(current, OPEN_ALWAYS);
+    EXPECT_EQ(failure("lost"), openFailure());
+    EXPECT_EQ(failure("lost"), openFailure());
+  }
+  expectFiles("zero\r\n", "one\r\n", "two\r\n");
+}
+
+TEST_F(RotationFaults, ANewFileThatCannotBeOpenedIsOpenedByTheNextLineAndRestricted) {
+  {
+    const OpenFails opens(current, CREATE_ALWAYS);
+    EXPECT_EQ(failure("lost"), openFailure());
+  }
+  expectFiles("", "zero\r\n", "one\r\n");
+  SecureHook secures;
+  CheckHook checks;
+  handler->publish("a");
+  expectFiles("a\r\n", "zero\r\n", "one\r\n");
+  EXPECT_EQ(secures.calls(), 1U);
+  EXPECT_GT(checks.calls(), 0U);
+}
+
+TEST_F(RotationFaults, ANewFileThatCannotBeRestrictedGetsNoLine) {
+  {
+    SecureHook hook;
+    hook.failAlways(kRareError);
+    const std::string text = messageText("KTBNV0031_SETFILESECURITY_ERROR", kRareText, current);
+    EXPECT_EQ(plainFailure("secret"), text);
+    EXPECT_EQ(plainFailure("secret"), text);
+    EXPECT_EQ(folder.bytes("t0.log"), "");
+  }
+  handler->publish("a");
+  expectFiles("a\r\n", "zero\r\n", "one\r\n");
+}
+
+TEST_F(RotationFaults, ANewFileThatIsOpenToOthersGetsNoLine) {
+  {
+    CheckHook hook;
+    hook.failAlways(kRareError);
+    const std::string text = messageText("KTBNV0139_GETFILESECURITY_ERROR", kRareText, current);
+    EXPECT_EQ(plainFailure("secret"), text);
+    EXPECT_EQ(plainFailure("secret"), text);
+    EXPECT_EQ(folder.bytes("t0.log"), "");
+  }
+  handler->publish("a");
+  expectFiles("a\r\n", "zero\r\n", "one\r\n");
+}
+
+TEST_F(RotationFaults, AFailedRotationDoesNotRestrictTheFileAgain) {
+  MoveHook moves;
+  moves.failAlways(kRareError);
+  SecureHook secures;
+  failure("a");
+  EXPECT_EQ(secures.calls(), 0U);
+}
+
+TEST_F(RotationFaults, FilesForEveryoneAreNotChecked) {
+  handler = folder.open({.limit = 1, .canRead = true}, "open%g.log");
+  SecureHook secures;
+  CheckHook checks;
+  secures.replaceWith([&](LPCSTR path, SECURITY_INFORMATION what, PSECURITY_DESCRIPTOR descriptor) {
+    BOOL present = FALSE;
+    PACL list = nullptr;
+    BOOL defaulted = FALSE;
+    EXPECT_NE(GetSecurityDescriptorDacl(descriptor, &present, &list, &defaulted), 0);
+    EXPECT_EQ(list->AceCount, 3U) << "the user, the administrators and everyone";
+    return secures.callOriginal(path, what, descriptor);
+  });
+  handler->publish("1");
+  handler->publish("2");
+  EXPECT_EQ(secures.calls(), 1U);
+  EXPECT_EQ(checks.calls(), 0U);
+}
+
+TEST_F(RotationFaults, OtherFilesAreRestrictedAndCheckedAtEachRotation) {
+  SecureHook secures;
+  CheckHook checks;
+  secures.replaceWith([&](LPCSTR path, SECURITY_INFORMATION what, PSECURITY_DESCRIPTOR descriptor) {
+    BOOL present = FALSE;
+    PACL list = nullptr;
+    BOOL defaulted = FALSE;
+    EXPECT_EQ(path, current);
+    EXPECT_NE(GetSecurityDescriptorDacl(descriptor, &present, &list, &defaulted), 0);
+    EXPECT_EQ(list->AceCount, 2U) << "the user and the administrators";
+    return secures.callOriginal(path, what, descriptor);
+  });
+  for (const char* text : {"1", "2", "3"}) handler->publish(text);
+  EXPECT_EQ(secures.calls(), 3U);
+  EXPECT_EQ(checks.calls(), 6U) << "for the size, then for the list";
+}
+
+TEST_F(RotationFaults, AFullDiskDuringTheFirstLineOfAGenerationCostsThatLineOnly) {
+  {
+    const FullDisk disk(2);
+    EXPECT_EQ(failure("in flight"), messageText("KTBNV0054_UNABLE_TO_OPEN_FILE", current, systemText(ERROR_DISK_FULL)));
+  }
+  expectFiles("in", "zero\r\n", "one\r\n");
+  handler->publish("a");
+  expectFiles("a\r\n", "in", "zero\r\n");
+}
+
+TEST_F(RotationFaults, AFullDiskDuringARotationThatFailsReportsTheLineThatWasLost) {
+  MoveHook moves;
+  moves.failAlways(kRareError);
+  {
+    const FullDisk disk(2);
+    EXPECT_EQ(failure("in flight"), messageText("KTBNV0054_UNABLE_TO_OPEN_FILE", current, systemText(ERROR_DISK_FULL)));
+  }
+  EXPECT_EQ(failure("a"), renameFailure("t1.log", "t2.log", kRareText));
+  expectFiles("zero\r\nin\r\na\r\n", "one\r\n", "two\r\n");
+}
+
+}  // namespace
+}  // namespace tessel::test
