@@ -105,7 +105,8 @@ void compareRecords(const std::filesystem::path& folder, spdlog::logger& logger)
 }
 
 void measureIsOn() {
-  const auto ask = [] { sink = quiet.isOn(tessel::TraceLevel::FLOW); };
+  const tessel::TraceLevel flow = tessel::TraceLevel::FLOW;
+  const auto ask = [&flow] { sink = quiet.isOn(flow); };
   const auto nothing = [] { sink = false; };
   const bench::Pair times = bench::compareCalls(ask, nothing);
   const double added = times.ours - times.peer;

@@ -45,6 +45,7 @@ class TESSEL_API TraceFileLogHandler : public LogHandler {
   const std::string banner_;
   const std::unique_ptr<NYXThreadSync> sync_;
   std::unique_ptr<SecureFileHandler> file_;  // guarded by sync_; null before the first record and when it failed
+  std::string line_;                         // guarded by sync_; kept, so that a record costs no allocation
   bool errorReported_ = false;               // guarded by sync_
   bool busy_ = false;                        // guarded by sync_; the file is at work for the lock's holder
 };

@@ -10,9 +10,9 @@ thread_local unsigned filesEntered = 0;
 
 }  // namespace
 
-NoBlockingTrace::NoBlockingTrace() noexcept { ++marks; }
+NoBlockingTrace::NoBlockingTrace() noexcept : marks_(marks) { ++marks_; }
 
-NoBlockingTrace::~NoBlockingTrace() { --marks; }
+NoBlockingTrace::~NoBlockingTrace() { --marks_; }
 
 bool NoBlockingTrace::active() noexcept { return marks != 0; }
 
@@ -20,9 +20,9 @@ DiagnosticsLock::DiagnosticsLock(NYXThreadSync& sync) : sync_(sync) { sync_.lock
 
 DiagnosticsLock::~DiagnosticsLock() { sync_.unlock(); }
 
-InsideLogFile::InsideLogFile() noexcept { ++filesEntered; }
+InsideLogFile::InsideLogFile() noexcept : filesEntered_(filesEntered) { ++filesEntered_; }
 
-InsideLogFile::~InsideLogFile() { --filesEntered; }
+InsideLogFile::~InsideLogFile() { --filesEntered_; }
 
 bool InsideLogFile::active() noexcept { return filesEntered != 0; }
 

@@ -18,6 +18,9 @@ class NoBlockingTrace {
   NoBlockingTrace& operator=(const NoBlockingTrace&) = delete;
 
   static bool active() noexcept;
+
+ private:
+  unsigned& marks_;  // the thread's own; looked up once, since that is not free
 };
 
 // Holds a lock of the diagnostics for a scope. Such a lock is never held while the trace lock is waited for.
@@ -44,6 +47,9 @@ class InsideLogFile {
   InsideLogFile& operator=(const InsideLogFile&) = delete;
 
   static bool active() noexcept;
+
+ private:
+  unsigned& filesEntered_;
 };
 
 }  // namespace tessel::internal

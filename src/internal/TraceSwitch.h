@@ -12,6 +12,9 @@ extern std::atomic<bool> traceSwitch;
 // What RAS::isTraceAvailable() says.
 extern std::atomic<bool> traceAvailable;
 
+// What RAS::isDebugOn() says about a raw TraceLevel.
+bool debugIsOn(int level) noexcept;
+
 // True from the first time that a trace point can have been taken.
 extern std::atomic<bool> traceEverOn;
 

@@ -122,7 +122,7 @@ void FFDC::internalCapture(const std::string& className, const void* object, con
     Failure failure{className, object, methodName, probeId, exception, {}};
     for (int i = 0; i < count; ++i) failure.values.push_back(va_arg(list, const std::string*));
     FFDC& instance = getInstance();
-    const std::int64_t now = std::time(nullptr);
+    const std::int64_t now = internal::currentTime();
     const std::string name = fileName(now, instance.captures_++);
     instance.take(name, recordOf(failure, now));
   } catch (...) {  // NOLINT(bugprone-empty-catch): a capture never adds to the failure that it records

@@ -1,6 +1,5 @@
 #include <tessel/LogRecord.h>
 
-#include <ctime>
 #include <ostream>
 
 #include <tessel/FFDC.h>
@@ -12,6 +11,7 @@
 #include "internal/Bundles.h"
 #include "internal/Digits.h"
 #include "internal/LocalClock.h"
+#include "internal/PlatformServices.h"
 
 namespace tessel {
 namespace {
@@ -45,16 +45,15 @@ Stamp nextStamp() {
   static std::int64_t lastTime = 0;
   static std::uint32_t counter = 0;
   const Synchronize guard(recordLock());
-  const std::int64_t now = std::time(nullptr);
+  const std::int64_t now = internal::currentTime();
   counter = now == lastTime ? counter + 1 : 0;
   lastTime = now;
   return {now, counter};
 }
 
 void appendColumn(std::string& line, const std::string& text, unsigned width) {
-  const std::size_t end = line.size() + width;
   line.append(text, 0, width);
-  line.resize(end, ' ');
+  if (text.size() < width) line.append(width - text.size(), ' ');
 }
 
 void padTo(std::string& line, unsigned column) { line.resize(column, ' '); }
@@ -66,7 +65,7 @@ void appendObject(std::string& line, const void* object) {
   }
   line += '@';
   // NOLINTNEXTLINE(cppcoreguidelines-pro-type-reinterpret-cast): an address is shown as a number
-  internal::appendHex(line, reinterpret_cast<std::uintptr_t>(object), 16);
+  internal::appendHex<16>(line, reinterpret_cast<std::uintptr_t>(object));
 }
 
 }  // namespace
@@ -121,9 +120,9 @@ void LogRecord::setThrown(const NYXException* thrown) { thrown_ = thrown; }
 void LogRecord::appendTimestamp(std::string& text) const {
   text += internal::localClock(logTime_).time.data();
   text += '.';
-  internal::appendDecimal(text, sequence_ / 256, 3);
+  internal::appendDecimal<3>(text, sequence_ / 256);
   text += '.';
-  internal::appendHex(text, sequence_ % 256, 2, "0123456789ABCDEF");
+  internal::appendHex<2>(text, sequence_ % 256, "0123456789ABCDEF");
 }
 
 void LogRecord::appendDateTimestamp(std::string& text) const {
@@ -132,7 +131,7 @@ void LogRecord::appendDateTimestamp(std::string& text) const {
   text += ' ';
   text += clock.time.data();
   text += '.';
-  internal::appendDecimal(text, sequence_ / 256, 3);
+  internal::appendDecimal<3>(text, sequence_ / 256);
   text += ' ';
   text += clock.zone.data();
 }
@@ -186,7 +185,7 @@ void LogRecord::appendTo(std::string& line) const {
     line += '[';
     appendDateTimestamp(line);
     line += "]  ";
-    internal::appendHex(line, threadId_, 16);
+    internal::appendHex<16>(line, threadId_);
     line += ' ';
     appendColumn(line, sourceClassName_, kEventClassWidth);
     line += ' ';
@@ -194,7 +193,7 @@ void LogRecord::appendTo(std::string& line) const {
   } else {
     appendTimestamp(line);
     line += "  ";
-    internal::appendHex(line, threadId_, 16);
+    internal::appendHex<16>(line, threadId_);
     line += ' ';
     appendObject(line, objectReference_);
     line += ' ';

@@ -31,10 +31,11 @@ struct Logger::Registry {
 // from before the registry's lock is left until its turn is over, so that removeHandler cannot miss it.
 class Logger::Publication {
  public:
-  explicit Publication(std::shared_ptr<const Handlers> handlers) : handlers_(std::move(handlers)), outer_(current) {
-    current = this;
+  explicit Publication(std::shared_ptr<const Handlers> handlers)
+      : handlers_(std::move(handlers)), innermost_(current), outer_(innermost_) {
+    innermost_ = this;
   }
-  ~Publication() { current = outer_; }
+  ~Publication() { innermost_ = outer_; }
   Publication(const Publication&) = delete;
   Publication& operator=(const Publication&) = delete;
 
@@ -59,7 +60,6 @@ class Logger::Publication {
 
  private:
   static void publishTo(LogHandler& handler, LogRecord& record) {
-    const internal::NoBlockingTrace mark;
     try {
       handler.publish(record);
     } catch (...) {  // NOLINT(bugprone-empty-catch): a failing output never reaches who logs
@@ -81,7 +81,9 @@ class Logger::Publication {
   const std::shared_ptr<const Handlers> handlers_;
   std::vector<LogHandler*> dropped_;
   std::size_t turn_ = 0;
+  Publication*& innermost_;  // the thread's own
   Publication* const outer_;
+  const internal::NoBlockingTrace mark_;
 };
 
 thread_local Logger::Publication* Logger::Publication::current = nullptr;

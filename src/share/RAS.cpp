@@ -276,9 +276,11 @@ void RAS::setDebugLevel(const TraceLevel& level) {
   refreshSwitch();
 }
 
-bool RAS::isDebugOn(const TraceLevel& level) {
-  return level != TraceLevel::OFF && level.getValue() >= debugLevel.load(std::memory_order_relaxed);
+bool internal::debugIsOn(int level) noexcept {
+  return level != TraceLevel::OFF && level >= debugLevel.load(std::memory_order_relaxed);
 }
+
+bool RAS::isDebugOn(const TraceLevel& level) { return internal::debugIsOn(level.getValue()); }
 
 bool RAS::isTraceAvailable() { return traceAvailable.load(std::memory_order_relaxed); }
 

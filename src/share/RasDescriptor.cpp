@@ -1,7 +1,6 @@
 #include <tessel/RasDescriptor.h>
 
 #include <tessel/Logger.h>
-#include <tessel/RAS.h>
 
 #include "internal/TraceSwitch.h"
 
@@ -30,10 +29,10 @@ std::string RasDescriptor::getMessageBundle() const { return messageBundle_; }
 Logger* RasDescriptor::getLogger() const { return logger_; }
 bool RasDescriptor::isDebug() const { return logger_ == nullptr; }
 
-// Asked at every trace point while trace is available: it makes no objects and no calls.
+// Asked at every trace point while trace is available: it makes no objects and, for a class with a logger, no
+// calls.
 bool RasDescriptor::isOnAt(int level) const {
-  if (!internal::traceMayBeOn()) return false;
-  if (!logger_) return RAS::isDebugOn(static_cast<TraceLevel::TraceLevelValue>(level));
+  if (!logger_) return internal::traceMayBeOn() && internal::debugIsOn(level);
   if (!internal::traceAvailable.load(std::memory_order_relaxed)) return false;
   switch (level) {
     case TraceLevel::FLOW:

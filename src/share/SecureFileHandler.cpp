@@ -9,6 +9,7 @@
 #include <tessel/NYXUtils.h>
 
 #include "internal/Bundles.h"
+#include "internal/ContainsByte.h"
 #include "internal/DiagnosticsLock.h"
 #include "internal/LastError.h"
 #include "internal/LineFile.h"
@@ -197,7 +198,7 @@ void SecureFileHandler::writeLine(const std::string& text, Failure& failure) {
 void SecureFileHandler::publish(const std::string& text) {
   const MethodTrace trace(rd, this, "publish");
   Failure failure;
-  const bool escaped = text.find("\\u") != std::string::npos;
+  const bool escaped = internal::containsByte(text, '\\') && text.find("\\u") != std::string::npos;
   writeLine(escaped ? getUtf8EncodedString(text) : text, failure);
   if (failure.key) throw failure.exception(trace);
 }

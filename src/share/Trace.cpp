@@ -19,6 +19,7 @@
 #include <tessel/TraceThrowingLogRecord.h>
 
 #include "internal/Bundles.h"
+#include "internal/ContainsByte.h"
 #include "internal/DiagnosticsLock.h"
 #include "internal/TraceSwitch.h"
 
@@ -234,7 +235,7 @@ std::string Trace::unbalancedExit(MethodStack& stack, const std::string& methodN
 }
 
 std::string Trace::getPrefixedClassName(const std::string& className) {
-  if (className.find('.') != std::string::npos) return className;
+  if (internal::containsByte(className, '.')) return className;
   const std::string& prefix = internal::traceSpecNamePrefix();
   std::string name;
   name.reserve(prefix.size() + 1 + className.size());

@@ -1,7 +1,5 @@
 #include <tessel/TraceFileLogHandler.h>
 
-#include <ctime>
-
 #include <tessel/EventLog.h>
 #include <tessel/LogRecord.h>
 #include <tessel/NLS.h>
@@ -33,7 +31,7 @@ TraceFileLogHandler::~TraceFileLogHandler() = default;
 // BUILD_LEVEL and PROPERTIES are in no catalogue and show as themselves. The file ends the last line.
 std::string TraceFileLogHandler::generateLogStartBanner() const {
   const RasDescriptor& elements = internal::elements();
-  return NLS::format(elements, "KTBNV_DATE", internal::calendarTime(std::time(nullptr))) + "\n" +
+  return NLS::format(elements, "KTBNV_DATE", internal::calendarTime(internal::currentTime())) + "\n" +
          NLS::format(elements, "KTBNV_PROCESS_ID", std::to_string(internal::currentProcessId())) + "\n\n" +
          NLS::format(elements, "BUILD_LEVEL", internal::buildLevel()) + "\n" + NLS::format(elements, "PROPERTIES") +
          "\n" + internal::propertyLines(properties_) + "\n" + LogRecord::getLogRecordOutputHeader();
@@ -68,7 +66,9 @@ TraceFileLogHandler::Outcome TraceFileLogHandler::write(const LogRecord& record,
   }
   if (!file_ || !record.getType().isTraceable()) return Outcome::nothingToReport;
   try {
-    file_->publish(record);
+    line_.clear();
+    record.appendTo(line_);
+    file_->publish(line_);
   } catch (const NYXException& exception) {
     return firstFailure(Outcome::notWritten, exception, reason);
   }
