@@ -1,6 +1,9 @@
 /// @file
 #pragma once
 
+#include <atomic>
+#include <iosfwd>
+#include <memory>
 #include <string>
 
 #include <tessel/Export.h>
@@ -13,9 +16,12 @@ class RasDescriptor;
 
 /// First-failure data capture: records where and when something unexpected happened, announced in the event log.
 ///
-/// While there is no log directory the whole record goes into the event log. Captures of several threads are taken
-/// one after the other; one that is raised while the same thread takes another goes to standard error. Any thread;
-/// nothing is thrown.
+/// Each capture is a file of its own in the folder "ffdc" of the log directory, private to the user and the
+/// administrators: FFDC.YYYYMMDDhhmmss.N.P.log with the local time, the number N of the capture in this process and
+/// the process id P. While there is no log directory, or when the file cannot be written, the whole record goes into
+/// the event log instead. Captures of several threads are taken one after the other; one that is raised while the
+/// same thread takes another, or opens, rotates or secures a log file, goes to standard error. Any thread; nothing is
+/// thrown.
 class TESSEL_API FFDC {
  public:
   /// @param probeId one of the PROBE operations, distinct for each place that captures.
@@ -96,12 +102,15 @@ class TESSEL_API FFDC {
   // `count` pointers to std::string follow, each of which may be null.
   static void internalCapture(const std::string& className, const void* object, const std::string& methodName,
                               const std::string& probeId, const NYXException* exception, int count, ...);
-  void take(const std::string& record);
+  void take(const std::string& name, const std::string& record);
+  static bool writeFile(const std::string& path, const std::string& record);
+  static std::unique_ptr<std::ofstream> openFFDCFile(const std::string& path);
 
   static const RasDescriptor rd;
 
   NYXThreadSync* lock_;
   bool inProgress_ = false;  // guarded by lock_
+  std::atomic<int> captures_{0};
 };
 
 }  // namespace tessel

@@ -61,12 +61,29 @@ class TESSEL_API LogRecord {
   /// @return local time as DD/MM/YYYY HH:MM:SS.nnn and the zone name, "???" when the system names none.
   std::string getDateTimestamp() const;
 
+  /// Appends what goes to a stream.
+  void appendTo(std::string& line) const;
+
   /// @return the two heading lines of a trace file, without the last line end.
   static std::string getLogRecordOutputHeader();
 
+ protected:
+  /// @name For the texts of trace records
+  /// @{
+  /// Appends the message given at construction, a blank and the method.
+  void appendMethod(std::string& text) const;
+  /// Appends each argument in brackets, separated by single blanks.
+  void appendArguments(std::string& text) const;
+  /// @}
+
  private:
-  friend TESSEL_API std::ostream& operator<<(std::ostream& stream, const LogRecord& record);
+  friend class Trace;
   friend struct LogRecordTest;
+
+  // The same text as getMessage(); the records of trace append it part by part, to save a copy of it.
+  virtual void appendMessage(std::string& text) const;
+  void appendTimestamp(std::string& text) const;
+  void appendDateTimestamp(std::string& text) const;
 
   // Not supported: captured as a failure, changes nothing.
   LogRecord& operator=(const LogRecord& other);

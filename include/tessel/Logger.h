@@ -54,11 +54,14 @@ class TESSEL_API Logger {
   explicit Logger(const std::string& name);
 
  private:
+  friend class RasDescriptor;
   friend TESSEL_API std::ostream& operator<<(std::ostream& stream, const Logger& logger);
 
   using Handlers = std::vector<LogHandler*>;
   class Publication;
   struct Registry;
+
+  bool passes(int level) const { return level >= level_.load(std::memory_order_relaxed); }
 
   static Registry& registry();
   void link(Registry& registry);
@@ -67,6 +70,7 @@ class TESSEL_API Logger {
 
   const std::string name_;
   std::shared_ptr<const Handlers> logHandlers_;  // replaced, never changed; the pointer is guarded by the registry
+  std::atomic<bool> hasHandlers_{false};
   std::atomic<int> level_;
   std::atomic<Logger*> parent_;
   std::list<Logger*> childLoggers_;  // guarded by the registry's lock

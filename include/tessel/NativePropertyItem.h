@@ -15,6 +15,8 @@ class RasDescriptor;
 /// Immutable; may be shared between threads.
 class TESSEL_API NativePropertyItem {
  public:
+  enum Type : int { STRING = 0, INTEGER = 1, BOOLEAN = 2 };
+
   /// A string with a default.
   NativePropertyItem(const std::string& key, const std::string& defaultValue);
   /// As above, so that a literal does not become a boolean.
@@ -33,6 +35,11 @@ class TESSEL_API NativePropertyItem {
 
   /// @return the key, exactly as it stands in files.
   const std::string& getKey() const;
+  Type getType() const;
+  /// @return the least value of an integer; 0 for the other types.
+  int getMinimum() const;
+  /// @return the greatest value of an integer; 0 for the other types.
+  int getMaximum() const;
   /// @return the default of a string; empty for the other types.
   std::string getDefaultStringValue() const;
   /// @return the default of an integer; 0 for the other types.
@@ -61,8 +68,6 @@ class TESSEL_API NativePropertyItem {
 
  private:
   friend TESSEL_API std::ostream& operator<<(std::ostream& stream, const NativePropertyItem& item);
-
-  enum Type : int { STRING = 0, INTEGER = 1, BOOLEAN = 2 };
 
   NativePropertyItem(const std::string& key, Type type);
 

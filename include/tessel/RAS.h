@@ -1,6 +1,7 @@
 /// @file
 #pragma once
 
+#include <atomic>
 #include <string>
 
 #include <tessel/Export.h>
@@ -9,14 +10,36 @@
 
 namespace tessel {
 
-class Logger;
+class LogFileProperties;
 class LogLevel;
+class Logger;
 
-/// Switches the diagnostics of the process.
+/// Sets up and switches the diagnostics of the process.
 ///
-/// Every operation may be called from any thread. The queries take no lock.
+/// initialize() installs the event log and prepares the trace files, setLevel() decides which classes are traced, and
+/// shutdown() ends both. Every operation may be called from any thread, except from inside a log handler. The queries
+/// take no lock.
 class TESSEL_API RAS {
  public:
+  /// Starts the event log, also shown on the console by DAEMON_FOREGROUND and UNITTEST, and prepares the trace files,
+  /// which are opened when a class is traced. Failures to open them are reported by the handlers and not thrown.
+  ///
+  /// The directory of the failure captures is the property "com.kelvo.tessel.native.logdir" of NYXEnvironment.
+  /// What setLevel() set before stays in force, with names read as they were then.
+  ///
+  /// A second call only changes what getEnvironment() returns, unless it says UNITTEST: then the former handlers are
+  /// removed and everything is set up anew.
+  ///
+  /// @param traceSpecNamePrefix dotted prefix under which the names of trace specifications are read; may be empty.
+  /// @throws PropertyNotFoundException when the log directory is not set; nothing has changed then. NYXException
+  ///         KTBNV0008: the diagnostics are then not initialised.
+  static void initialize(const RASEnvironment& environment, const LogFileProperties& eventLogProperties,
+                         const LogFileProperties& traceProperties, const std::string& traceSpecNamePrefix);
+
+  /// Switches trace off, removes the handlers and destroys them when no thread is inside them any more. Everything is
+  /// then as before the first initialize(). Without one, or twice, it does nothing.
+  static void shutdown();
+
   /// Applies a trace specification: entries separated by ':', each `names=level`, `names` (everything) or `=level`
   /// (all classes), names separated by ','. A leading '+' adds to what is in force; otherwise that is discarded
   /// first. Levels are FLOW, MODERATE, VERBOSE, ALL, OFF, INFO, CONFIG, WARNING and ERROR, SEVERE or FATAL in any
@@ -34,7 +57,8 @@ class TESSEL_API RAS {
 
   static RASEnvironment getEnvironment();
 
-  /// @return the log directory, empty until diagnostics are initialised. The reference stays valid for the process.
+  /// @return the log directory, empty while diagnostics are not initialised. The reference and its text stay valid for
+  ///         the process.
   static const std::string& getLogPath();
 
   /// @return the dotted prefix under which the names of a trace specification are read; may be empty.
@@ -45,6 +69,7 @@ class TESSEL_API RAS {
  private:
   friend struct RASTest;
 
+  struct Outputs;
   struct State;
 
   RAS();
@@ -52,6 +77,9 @@ class TESSEL_API RAS {
   RAS& operator=(const RAS& other);
 
   static RAS& getInstance();
+  void install(const RASEnvironment& environment, const LogFileProperties& eventLogProperties,
+               const LogFileProperties& traceProperties, const std::string& prefix);
+  void reset();
   static LogLevel getLevel(const std::string& word);
   void applySpecification(const std::string& specification);
   void applyEntry(const std::string& entry);
@@ -59,6 +87,10 @@ class TESSEL_API RAS {
   void addFullTrace(const std::string& names);
   void addLogger(const std::string& name, const LogLevel& level);
   void discardTraceLoggers();
+  static bool isTraceable(const Logger& logger);
+  void attachTrace(const Logger& logger);
+
+  static std::atomic<RAS*> existing;
 
   State* state_;
 };

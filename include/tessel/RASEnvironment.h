@@ -27,6 +27,9 @@ class TESSEL_API RASEnvironment {
   /// @return the name padded to 17 characters; "???" padded for an unknown value.
   std::string toString() const;
 
+  /// @return the raw value.
+  int getValue() const;
+
  private:
   int value_;
 };

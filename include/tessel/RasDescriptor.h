@@ -50,6 +50,8 @@ class TESSEL_API RasDescriptor {
   friend class NLS;
   friend class Trace;
 
+  bool isOnAt(int level) const;
+
   Logger* logger_;
   std::string className_;
   std::string messageBundle_;

@@ -1,6 +1,7 @@
 /// @file
 #pragma once
 
+#include <cstdarg>
 #include <deque>
 #include <iosfwd>
 #include <map>
@@ -78,6 +79,7 @@ class TESSEL_API Trace {
   friend struct TraceTest;
 
   using MethodStack = std::stack<std::string, std::deque<std::string>>;
+  using MethodStacks = std::map<unsigned long, std::unique_ptr<MethodStack>>;
   class Guard;
 
   Trace();
@@ -102,6 +104,9 @@ class TESSEL_API Trace {
   static void deferExit();
   void popDeferredExits(unsigned long threadId);
 
+  // The first five of `count` pointers to std::string.
+  static void setArguments(LogRecord& record, int count, std::va_list list);
+
   MethodStack* getMethodStack(unsigned long threadId);
   void removeMethodStack(unsigned long threadId);
   static std::string generateIndent(unsigned long long depth);
@@ -116,8 +121,9 @@ class TESSEL_API Trace {
   void publish(const RasDescriptor& descriptor, const void* object, const char* methodName, LogRecord& record);
 
   NYXThreadSyncImpl* lock_;
-  bool inTrace_ = false;                                                 // guarded by lock_
-  std::map<unsigned long, std::unique_ptr<MethodStack>>* methodStacks_;  // guarded by lock_
+  bool inTrace_ = false;                // guarded by lock_
+  MethodStacks* methodStacks_;          // guarded by lock_
+  MethodStacks::node_type spareStack_;  // guarded by lock_; empty, or null
   std::ostream* stream_;
 };
 

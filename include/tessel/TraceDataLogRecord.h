@@ -14,6 +14,9 @@ class TESSEL_API TraceDataLogRecord : public LogRecord {
   ~TraceDataLogRecord() override;
 
   std::string getMessage() const override;
+
+ private:
+  void appendMessage(std::string& text) const override;
 };
 
 }  // namespace tessel

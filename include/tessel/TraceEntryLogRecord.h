@@ -14,6 +14,9 @@ class TESSEL_API TraceEntryLogRecord : public LogRecord {
   ~TraceEntryLogRecord() override;
 
   std::string getMessage() const override;
+
+ private:
+  void appendMessage(std::string& text) const override;
 };
 
 }  // namespace tessel

@@ -31,6 +31,8 @@ class TESSEL_API TraceLevel {
   int getValue() const;
 
  private:
+  friend class RasDescriptor;
+
   int value_;
 };
 

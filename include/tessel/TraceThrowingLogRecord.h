@@ -14,6 +14,9 @@ class TESSEL_API TraceThrowingLogRecord : public LogRecord {
   ~TraceThrowingLogRecord() override;
 
   std::string getMessage() const override;
+
+ private:
+  void appendMessage(std::string& text) const override;
 };
 
 }  // namespace tessel

@@ -4,6 +4,7 @@
 
 #include <tessel/ConsoleLogHandler.h>
 #include <tessel/EventLog.h>
+#include <tessel/EventLogHandler.h>
 #include <tessel/Export.h>
 #include <tessel/FFDC.h>
 #include <tessel/FileLock.h>
@@ -29,9 +30,11 @@
 #include <tessel/LogRecordType.h>
 #include <tessel/Logger.h>
 #include <tessel/NLS.h>
+#include <tessel/NYXEnvironment.h>
 #include <tessel/NYXException.h>
 #include <tessel/NYXIOException.h>
 #include <tessel/NYXMessageTooShortException.h>
+#include <tessel/NYXPropConstant.h>
 #include <tessel/NYXRunnable.h>
 #include <tessel/NYXThread.h>
 #include <tessel/NYXThreadImpl.h>
@@ -53,6 +56,7 @@
 #include <tessel/TraceDataLogRecord.h>
 #include <tessel/TraceEntryLogRecord.h>
 #include <tessel/TraceExitLogRecord.h>
+#include <tessel/TraceFileLogHandler.h>
 #include <tessel/TraceLevel.h>
 #include <tessel/TraceThrowingLogRecord.h>
 #include <tessel/WindowsGroupType.h>

@@ -18,6 +18,9 @@ class NoBlockingTrace {
   NoBlockingTrace& operator=(const NoBlockingTrace&) = delete;
 
   static bool active() noexcept;
+
+ private:
+  unsigned& marks_;  // the thread's own; looked up once, since that is not free
 };
 
 // Holds a lock of the diagnostics for a scope. Such a lock is never held while the trace lock is waited for.
@@ -31,6 +34,22 @@ class DiagnosticsLock {
  private:
   NoBlockingTrace mark_;
   NYXThreadSync& sync_;
+};
+
+// Marks that this thread is inside one of the log files: opening, rotating and securing it calls functions that
+// report failures. Captures and events that are raised meanwhile go to standard error. They could wait for the
+// capture lock, whose holder may be waiting for this very file, or write into the middle of a rotation.
+class InsideLogFile {
+ public:
+  InsideLogFile() noexcept;
+  ~InsideLogFile();
+  InsideLogFile(const InsideLogFile&) = delete;
+  InsideLogFile& operator=(const InsideLogFile&) = delete;
+
+  static bool active() noexcept;
+
+ private:
+  unsigned& filesEntered_;
 };
 
 }  // namespace tessel::internal

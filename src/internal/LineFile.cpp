@@ -1,5 +1,7 @@
 #include "internal/LineFile.h"
 
+#include "internal/ContainsByte.h"
+
 namespace tessel::internal {
 namespace {
 
@@ -9,6 +11,10 @@ constexpr std::size_t kKept = 65536;
 
 // Line ends inside the text are those of the program.
 void appendWithLineEnds(std::string& line, std::string_view text) {
+  if (!containsByte(text, '\n')) {
+    line += text;
+    return;
+  }
   for (;;) {
     const std::size_t end = text.find('\n');
     line += text.substr(0, end);

@@ -7,6 +7,9 @@
 
 namespace tessel::internal {
 
+// Seconds since the epoch. The C library's function may ask for the time zone as well, which takes longer than
+// writing a line.
+std::int64_t currentTime() noexcept;
 std::tm localTime(std::int64_t secondsSinceEpoch);
 std::tm utcTime(std::int64_t secondsSinceEpoch);
 unsigned long currentProcessId();

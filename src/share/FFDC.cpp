@@ -5,6 +5,7 @@
 #include <cstdint>
 #include <cstdio>
 #include <ctime>
+#include <fstream>
 #include <iostream>
 #include <sstream>
 #include <vector>
@@ -12,14 +13,19 @@
 #include <tessel/EventLog.h>
 #include <tessel/NLS.h>
 #include <tessel/NYXException.h>
+#include <tessel/NYXIOException.h>
 #include <tessel/NYXThread.h>
 #include <tessel/NYXThreadSyncImpl.h>
+#include <tessel/NYXUtils.h>
+#include <tessel/RAS.h>
 #include <tessel/RasDescriptor.h>
 
 #include "internal/BuildLevel.h"
 #include "internal/Bundles.h"
 #include "internal/DiagnosticsLock.h"
+#include "internal/LastError.h"
 #include "internal/PlatformServices.h"
+#include "internal/ScopedFlag.h"
 
 namespace tessel {
 namespace {
@@ -52,10 +58,10 @@ struct Failure {
   std::vector<const std::string*> values;
 };
 
-std::string recordOf(const Failure& failure) {
+std::string recordOf(const Failure& failure, std::int64_t now) {
   std::ostringstream text;
   text << "Level:      " << internal::buildLevel() << '\n'
-       << "Time:       " << utcText(std::time(nullptr)) << '\n'
+       << "Time:       " << utcText(now) << '\n'
        << "Process ID: " << internal::currentProcessId() << '\n'
        << "Thread ID:  " << formatted("0x%016lx", NYXThread::getCurrentThreadId()) << '\n'
        << "Class:      " << failure.className << '\n';
@@ -71,6 +77,15 @@ std::string recordOf(const Failure& failure) {
   }
   text << "[EOF]\n";
   return text.str();
+}
+
+// Unique: the number counts the captures of the process.
+std::string fileName(std::int64_t now, int number) {
+  const std::tm time = internal::localTime(now);
+  return "FFDC." +
+         formatted("%04d%02d%02d%02d%02d%02d.%d.%lu", time.tm_year + 1900, time.tm_mon + 1, time.tm_mday, time.tm_hour,
+                   time.tm_min, time.tm_sec, number, internal::currentProcessId()) +
+         ".log";
 }
 
 }  // namespace
@@ -106,28 +121,70 @@ void FFDC::internalCapture(const std::string& className, const void* object, con
   try {
     Failure failure{className, object, methodName, probeId, exception, {}};
     for (int i = 0; i < count; ++i) failure.values.push_back(va_arg(list, const std::string*));
-    getInstance().take(recordOf(failure));
+    FFDC& instance = getInstance();
+    const std::int64_t now = internal::currentTime();
+    const std::string name = fileName(now, instance.captures_++);
+    instance.take(name, recordOf(failure, now));
   } catch (...) {  // NOLINT(bugprone-empty-catch): a capture never adds to the failure that it records
   }
   va_end(list);
 }
 
-// There is no log directory yet: the whole record goes into the event log.
-void FFDC::take(const std::string& record) {
+// Inside a log file not even the lock is asked for: its holder may be waiting for that file.
+void FFDC::take(const std::string& name, const std::string& record) {
+  if (internal::InsideLogFile::active()) {
+    std::cerr << record << std::flush;
+    return;
+  }
   const internal::DiagnosticsLock guard(*lock_);
   if (inProgress_) {
     std::cerr << record << std::flush;
     return;
   }
-  struct Flag {
-    bool& flag;
-    explicit Flag(bool& f) : flag(f) { flag = true; }
-    ~Flag() { flag = false; }
-    Flag(const Flag&) = delete;
-    Flag& operator=(const Flag&) = delete;
-  };
-  const Flag flag(inProgress_);
+  const internal::ScopedFlag flag(inProgress_);
+  const std::string& directory = RAS::getLogPath();
+  if (!directory.empty()) {
+    const std::string path = directory + "/ffdc/" + name;
+    if (writeFile(path, record)) {
+      EventLog::errorNoFormat(rd, NLS::format(rd, "KTBNV0084_FFDC_TAKEN", path));
+      return;
+    }
+  }
   EventLog::errorNoFormat(rd, NLS::format(rd, "KTBNV0150_FFDC_TAKEN", record));
+}
+
+// Returns whether all of the record is in the file; what prevented it has been reported.
+bool FFDC::writeFile(const std::string& path, const std::string& record) {
+  std::unique_ptr<std::ofstream> file;
+  try {
+    file = openFFDCFile(path);
+  } catch (const NYXException& exception) {
+    EventLog::errorNoFormat(rd, exception.getMessage());
+    return false;
+  }
+  *file << "Filename:   " << path << '\n' << record << std::flush;
+  const internal::LastError error;
+  if (*file) return true;
+  EventLog::errorNoFormat(rd, NLS::format(rd, "KTBNV0083_UNABLE_TO_WRITE_TO_FFDC_FILE", path, error.text()));
+  return false;
+}
+
+std::unique_ptr<std::ofstream> FFDC::openFFDCFile(const std::string& path) {
+  const std::string parent = NYXUtils::getParent(path);
+  if (NYXUtils::mkdirs(parent, false) != 0) {
+    // Always 0, not the reason: readers of the message know it so.
+    throw NYXIOException(NLS::format(rd, "KTBNV0051_MKDIR_FAILED", parent, "0"));
+  }
+  auto file = std::make_unique<std::ofstream>(path);
+  const internal::LastError error;
+  if (!*file) throw NYXIOException(NLS::format(rd, "KTBNV0054_UNABLE_TO_OPEN_FILE", path, error.text()));
+  try {
+    NYXUtils::mkpriv(path, false, false);
+  } catch (const NYXException& exception) {
+    const std::string reason = exception.getMessage();
+    EventLog::warningNoFormat(rd, NLS::format(rd, "KTBNV0148_UNABLE_TO_MKPRIV_FFDC_FILE", path, reason));
+  }
+  return file;
 }
 
 }  // namespace tessel

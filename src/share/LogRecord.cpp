@@ -1,8 +1,5 @@
 #include <tessel/LogRecord.h>
 
-#include <array>
-#include <cstdio>
-#include <ctime>
 #include <ostream>
 
 #include <tessel/FFDC.h>
@@ -12,6 +9,8 @@
 #include <tessel/Synchronize.h>
 
 #include "internal/Bundles.h"
+#include "internal/Digits.h"
+#include "internal/LocalClock.h"
 #include "internal/PlatformServices.h"
 
 namespace tessel {
@@ -46,32 +45,27 @@ Stamp nextStamp() {
   static std::int64_t lastTime = 0;
   static std::uint32_t counter = 0;
   const Synchronize guard(recordLock());
-  const std::int64_t now = std::time(nullptr);
+  const std::int64_t now = internal::currentTime();
   counter = now == lastTime ? counter + 1 : 0;
   lastTime = now;
   return {now, counter};
 }
 
-template <std::size_t Size, class... Values>
-std::string formatted(const char* format, Values... values) {
-  std::array<char, Size> text{};
-  // NOLINTNEXTLINE(cppcoreguidelines-pro-type-vararg): the layouts are given as C formats
-  std::snprintf(text.data(), text.size(), format, values...);
-  return text.data();
-}
-
 void appendColumn(std::string& line, const std::string& text, unsigned width) {
-  const std::size_t end = line.size() + width;
   line.append(text, 0, width);
-  line.resize(end, ' ');
+  if (text.size() < width) line.append(width - text.size(), ' ');
 }
 
 void padTo(std::string& line, unsigned column) { line.resize(column, ' '); }
 
-std::string objectText(const void* object) {
+void appendObject(std::string& line, const void* object) {
+  if (!object) {
+    line += "           static";
+    return;
+  }
+  line += '@';
   // NOLINTNEXTLINE(cppcoreguidelines-pro-type-reinterpret-cast): an address is shown as a number
-  const auto address = static_cast<unsigned long long>(reinterpret_cast<std::uintptr_t>(object));
-  return object ? formatted<32>("@%016llx", address) : "           static";
+  internal::appendHex<16>(line, reinterpret_cast<std::uintptr_t>(object));
 }
 
 }  // namespace
@@ -123,22 +117,35 @@ void LogRecord::setArguments(unsigned count, std::string* args) {
 void LogRecord::setMethodReturnType(const std::string& type) { methodReturnType_ = type; }
 void LogRecord::setThrown(const NYXException* thrown) { thrown_ = thrown; }
 
+void LogRecord::appendTimestamp(std::string& text) const {
+  text += internal::localClock(logTime_).time.data();
+  text += '.';
+  internal::appendDecimal<3>(text, sequence_ / 256);
+  text += '.';
+  internal::appendHex<2>(text, sequence_ % 256, "0123456789ABCDEF");
+}
+
+void LogRecord::appendDateTimestamp(std::string& text) const {
+  const internal::LocalClock& clock = internal::localClock(logTime_);
+  text += clock.date.data();
+  text += ' ';
+  text += clock.time.data();
+  text += '.';
+  internal::appendDecimal<3>(text, sequence_ / 256);
+  text += ' ';
+  text += clock.zone.data();
+}
+
 std::string LogRecord::getTimestamp() const {
-  static constexpr const char* kDigits = "0123456789ABCDEF";
-  const std::tm time = internal::localTime(logTime_);
-  const std::uint32_t low = sequence_ % 256;
-  const std::array<char, 3> digits{kDigits[low / 16], kDigits[low % 16], '\0'};
-  return formatted<64>("%02d:%02d:%02d.%03d.%s", time.tm_hour, time.tm_min, time.tm_sec,
-                       static_cast<int>(sequence_ / 256), digits.data());
+  std::string text;
+  appendTimestamp(text);
+  return text;
 }
 
 std::string LogRecord::getDateTimestamp() const {
-  const std::tm time = internal::localTime(logTime_);
-  std::array<char, 64> zone{};
-  const bool named = std::strftime(zone.data(), zone.size(), "%Z", &time) != 0;
-  return formatted<160>("%02d/%02d/%04d %02d:%02d:%02d.%03d %s", time.tm_mday, time.tm_mon + 1, time.tm_year + 1900,
-                        time.tm_hour, time.tm_min, time.tm_sec, static_cast<int>(sequence_ / 256),
-                        named ? zone.data() : "???");
+  std::string text;
+  appendDateTimestamp(text);
+  return text;
 }
 
 std::string LogRecord::getLogRecordOutputHeader() {
@@ -156,19 +163,50 @@ std::string LogRecord::getLogRecordOutputHeader() {
   return header + "Data\n" + std::string(kRuleLength, '=');
 }
 
-std::ostream& operator<<(std::ostream& stream, const LogRecord& record) {
-  const std::string thread = formatted<32>("%016lx", static_cast<unsigned long>(record.threadId_));
-  std::string line;
-  if (record.type_ == LogRecordType::EVENT) {
-    line = "[" + record.getDateTimestamp() + "]  " + thread + " ";
-    appendColumn(line, record.sourceClassName_, kEventClassWidth);
-    line += ' ';
-    line += record.level_.getIndicator();
-  } else {
-    line = record.getTimestamp() + "  " + thread + " " + objectText(record.objectReference_) + " ";
-    appendColumn(line, record.sourceClassName_, kTraceClassWidth);
+void LogRecord::appendMethod(std::string& text) const {
+  text += message_;
+  text += ' ';
+  text += sourceMethodName_;
+}
+
+void LogRecord::appendArguments(std::string& text) const {
+  for (unsigned i = 0; i < numArguments_; ++i) {
+    if (i > 0) text += ' ';
+    text += '[';
+    if (i < kMaxArguments) text += arguments_.at(i);
+    text += ']';
   }
-  return stream << line + ' ' + record.getMessage();
+}
+
+void LogRecord::appendMessage(std::string& text) const { text += getMessage(); }
+
+void LogRecord::appendTo(std::string& line) const {
+  if (type_ == LogRecordType::EVENT) {
+    line += '[';
+    appendDateTimestamp(line);
+    line += "]  ";
+    internal::appendHex<16>(line, threadId_);
+    line += ' ';
+    appendColumn(line, sourceClassName_, kEventClassWidth);
+    line += ' ';
+    line += level_.getIndicator();
+  } else {
+    appendTimestamp(line);
+    line += "  ";
+    internal::appendHex<16>(line, threadId_);
+    line += ' ';
+    appendObject(line, objectReference_);
+    line += ' ';
+    appendColumn(line, sourceClassName_, kTraceClassWidth);
+  }
+  line += ' ';
+  appendMessage(line);
+}
+
+std::ostream& operator<<(std::ostream& stream, const LogRecord& record) {
+  std::string line;
+  record.appendTo(line);
+  return stream << line;
 }
 
 }  // namespace tessel

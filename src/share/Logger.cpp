@@ -17,11 +17,6 @@
 namespace tessel {
 namespace {
 
-bool isBelow(const std::string& name, const std::string& ancestor) {
-  return name.size() > ancestor.size() && name.compare(0, ancestor.size(), ancestor) == 0 &&
-         name[ancestor.size()] == '.';
-}
-
 LogLevel levelOf(int value) { return static_cast<LogLevel::LogLevelValue>(value); }
 
 }  // namespace
@@ -36,10 +31,11 @@ struct Logger::Registry {
 // from before the registry's lock is left until its turn is over, so that removeHandler cannot miss it.
 class Logger::Publication {
  public:
-  explicit Publication(std::shared_ptr<const Handlers> handlers) : handlers_(std::move(handlers)), outer_(current) {
-    current = this;
+  explicit Publication(std::shared_ptr<const Handlers> handlers)
+      : handlers_(std::move(handlers)), innermost_(current), outer_(innermost_) {
+    innermost_ = this;
   }
-  ~Publication() { current = outer_; }
+  ~Publication() { innermost_ = outer_; }
   Publication(const Publication&) = delete;
   Publication& operator=(const Publication&) = delete;
 
@@ -64,7 +60,6 @@ class Logger::Publication {
 
  private:
   static void publishTo(LogHandler& handler, LogRecord& record) {
-    const internal::NoBlockingTrace mark;
     try {
       handler.publish(record);
     } catch (...) {  // NOLINT(bugprone-empty-catch): a failing output never reaches who logs
@@ -86,7 +81,9 @@ class Logger::Publication {
   const std::shared_ptr<const Handlers> handlers_;
   std::vector<LogHandler*> dropped_;
   std::size_t turn_ = 0;
+  Publication*& innermost_;  // the thread's own
   Publication* const outer_;
+  const internal::NoBlockingTrace mark_;
 };
 
 thread_local Logger::Publication* Logger::Publication::current = nullptr;
@@ -117,15 +114,24 @@ Logger::~Logger() {
   all.loggers.erase(name_);
 }
 
-// A descendant stays in the child lists of all its ancestors: setLevel on any of them reaches it.
+// A descendant stays in the child lists of all its ancestors: setLevel on any of them reaches it. Names are looked up
+// rather than compared one by one, since a specification may name thousands.
 void Logger::link(Registry& all) {
-  for (const auto& [otherName, other] : all.loggers) {
-    const bool adoptsOther = name_.empty() ? other->parent_ == nullptr : isBelow(otherName, name_);
-    if (adoptsOther) {
-      adopt(*other);
-    } else if (isBelow(name_, otherName)) {
-      other->adopt(*this);
+  if (name_.empty()) {
+    for (const auto& [name, other] : all.loggers) {
+      if (!other->parent_) adopt(*other);
     }
+    return;
+  }
+  // Farthest first, so that the nearest ancestor ends as the parent.
+  for (std::size_t dot = name_.find('.'); dot != std::string::npos; dot = name_.find('.', dot + 1)) {
+    const auto ancestor = all.loggers.find(name_.substr(0, dot));
+    if (ancestor != all.loggers.end()) ancestor->second->adopt(*this);
+  }
+  const std::string start = name_ + '.';
+  for (auto below = all.loggers.lower_bound(start);
+       below != all.loggers.end() && below->first.compare(0, start.size(), start) == 0; ++below) {
+    adopt(*below->second);
   }
   const auto root = all.loggers.find(std::string());
   if (!parent_ && root != all.loggers.end()) root->second->adopt(*this);
@@ -141,6 +147,7 @@ void Logger::addHandler(LogHandler& handler) {
   auto handlers = std::make_shared<Handlers>(*logHandlers_);
   handlers->push_back(&handler);
   logHandlers_ = std::move(handlers);
+  hasHandlers_ = true;
 }
 
 void Logger::removeHandler(LogHandler& handler) {
@@ -148,6 +155,7 @@ void Logger::removeHandler(LogHandler& handler) {
     const Synchronize guard(&registry().lock);
     auto handlers = std::make_shared<Handlers>(*logHandlers_);
     handlers->erase(std::remove(handlers->begin(), handlers->end(), &handler), handlers->end());
+    hasHandlers_ = !handlers->empty();
     logHandlers_ = std::move(handlers);
   }
   const unsigned own = Publication::drop(handler);
@@ -167,9 +175,7 @@ void Logger::setLevel(const LogLevel& level) {
   }
 }
 
-bool Logger::isLoggable(const LogLevel& level) const {
-  return level.getValue() >= level_.load(std::memory_order_relaxed);
-}
+bool Logger::isLoggable(const LogLevel& level) const { return passes(level.getValue()); }
 
 Logger* Logger::getParent() { return parent_; }
 
@@ -183,6 +189,7 @@ void Logger::log(LogRecord& record) {
   if (!isLoggable(record.getLogLevel())) return;
   bool handled = false;
   for (Logger* logger = this; logger; logger = logger->parent_) {
+    if (!logger->hasHandlers_.load(std::memory_order_relaxed)) continue;
     handled = Publication(logger->borrowHandlers()).publish(record) || handled;
   }
   if (!handled && record.getLogLevel() >= LogLevel::WARNING) {

@@ -80,6 +80,10 @@ const std::string& NativePropertyItem::getKey() const {
   return trace.result(key_);
 }
 
+NativePropertyItem::Type NativePropertyItem::getType() const { return type_; }
+int NativePropertyItem::getMinimum() const { return minimum_; }
+int NativePropertyItem::getMaximum() const { return maximum_; }
+
 std::string NativePropertyItem::getDefaultStringValue() const {
   internal::MethodTrace trace(rd, this, "getDefaultStringValue");
   return trace.result(defaultString_);

@@ -2,32 +2,39 @@
 
 #include <atomic>
 #include <map>
-#include <sstream>
-#include <vector>
+#include <memory>
+#include <set>
 
+#include <tessel/ConsoleLogHandler.h>
 #include <tessel/EventLog.h>
+#include <tessel/EventLogHandler.h>
 #include <tessel/FFDC.h>
 #include <tessel/Logger.h>
 #include <tessel/NLS.h>
+#include <tessel/NYXEnvironment.h>
 #include <tessel/NYXException.h>
 #include <tessel/NYXThreadSyncImpl.h>
 #include <tessel/ResourceBundle.h>
+#include <tessel/TraceFileLogHandler.h>
 
 #include "internal/Bundles.h"
 #include "internal/DiagnosticsLock.h"
 #include "internal/MethodTrace.h"
+#include "internal/TraceSpecification.h"
 #include "internal/TraceSwitch.h"
 
 namespace tessel {
 
 std::atomic<bool> internal::traceSwitch{false};
+std::atomic<bool> internal::traceAvailable{false};
 std::atomic<bool> internal::traceEverOn{false};
 
 namespace {
 
 const RasDescriptor rd("RAS", internal::kMessages);
 
-std::atomic<bool> traceAvailable{false};
+using internal::traceAvailable;
+
 std::atomic<int> debugLevel{TraceLevel::OFF};
 
 // Under the lock, so that of two changes the later one decides.
@@ -37,15 +44,27 @@ void refreshSwitch() {
   internal::traceSwitch = on;
 }
 
-// Outside the singleton, which these queries do not create. Empty until diagnostics are initialised.
-const std::string& traceSpecNamePrefix() {
-  static const std::string& prefix = *new std::string;
-  return prefix;
+constexpr const char* kLogDirectory = "com.kelvo.tessel.native.logdir";
+
+// Each text that was ever a prefix or a log path lives for the process: readers take no lock, and keep references.
+// Called under the lock.
+const std::string* kept(const std::string& text) {
+  static std::set<std::string>& texts = *new std::set<std::string>;
+  return &*texts.insert(text).first;
 }
 
-const std::string& logPath() {
-  static const std::string& path = *new std::string;
-  return path;
+const std::string& emptyText() {
+  static const std::string& text = *new std::string;
+  return text;
+}
+
+// Outside the singleton, which these queries do not create; null until diagnostics are initialised.
+std::atomic<const std::string*> specNamePrefix{nullptr};
+std::atomic<const std::string*> logPath{nullptr};
+
+const std::string& textOf(const std::atomic<const std::string*>& text) {
+  const std::string* value = text.load(std::memory_order_acquire);
+  return value ? *value : emptyText();
 }
 
 // A thread that traces may need both catalogues: they are read before the first trace point can be on.
@@ -54,47 +73,58 @@ void fetchCatalogues() {
   ResourceBundle::getBundle(internal::elementsBundle());
 }
 
-std::string upperCase(const std::string& word) {
-  std::string upper = word;
-  for (char& c : upper) {
-    if (c >= 'a' && c <= 'z') c = static_cast<char>(c - 'a' + 'A');
-  }
-  return upper;
-}
+// A handler that sits on the root logger while it is attached.
+class Output {
+ public:
+  explicit Output(std::unique_ptr<LogHandler> handler) : handler_(std::move(handler)) {}
+  ~Output() { detach(); }
+  Output(const Output&) = delete;
+  Output& operator=(const Output&) = delete;
 
-// The parts that are not empty.
-std::vector<std::string> split(const std::string& text, char separator) {
-  std::vector<std::string> parts;
-  std::istringstream stream(text);
-  for (std::string part; std::getline(stream, part, separator);) {
-    if (!part.empty()) parts.push_back(part);
+  void attach() {
+    if (attached_ || !handler_) return;
+    Logger::getLogger(std::string())->addHandler(*handler_);
+    attached_ = true;
   }
-  return parts;
-}
 
-// The name below the prefix; false when the name is outside it.
-bool relativeName(const std::string& name, const std::string& prefix, std::string& key) {
-  const auto startsWith = [](const std::string& text, const std::string& start) {
-    return text.compare(0, start.size(), start) == 0;
-  };
-  if (name.empty() || startsWith(prefix, name + ".") || name == prefix) {
-    key.clear();
-  } else if (startsWith(name, prefix + ".")) {
-    key = name.substr(prefix.size() + 1);
-  } else if (startsWith(name, prefix)) {
-    key = name.substr(prefix.size());
-  } else {
-    return false;
+  // Returns when no other thread is inside the handler any more.
+  void detach() {
+    if (attached_) Logger::getLogger(std::string())->removeHandler(*handler_);
+    attached_ = false;
   }
-  return true;
+
+ private:
+  std::unique_ptr<LogHandler> handler_;
+  bool attached_ = false;
+};
+
+bool wantsConsole(const RASEnvironment& environment) {
+  return environment == RASEnvironment::DAEMON_FOREGROUND || environment == RASEnvironment::UNITTEST;
 }
 
 }  // namespace
 
+const std::string& internal::traceSpecNamePrefix() noexcept { return textOf(specNamePrefix); }
+
+struct RAS::Outputs {
+  Output event;
+  Output console;
+  Output trace;
+
+  Outputs(const RASEnvironment& environment, const LogFileProperties& eventLog, const LogFileProperties& traceFile)
+      : event(std::make_unique<EventLogHandler>(eventLog)),
+        console(wantsConsole(environment) ? std::make_unique<ConsoleLogHandler>() : nullptr),
+        trace(std::make_unique<TraceFileLogHandler>(traceFile)) {
+    event.attach();
+    console.attach();
+  }
+};
+
 struct RAS::State {
   NYXThreadSyncImpl lock;
-  std::atomic<RASEnvironment::RASEnvironmentValue> environment{RASEnvironment::UNSPECIFIED};
+  std::atomic<int> environment{RASEnvironment::UNSPECIFIED};
   std::map<std::string, Logger*> traceLoggers;  // guarded by lock
+  std::unique_ptr<Outputs> outputs;             // guarded by lock; null until initialised
 };
 
 RAS::RAS() : state_(new State) {}
@@ -113,9 +143,53 @@ RAS& RAS::operator=(const RAS&) {
   return *this;
 }
 
+std::atomic<RAS*> RAS::existing{nullptr};
+
 RAS& RAS::getInstance() {
   static RAS& instance = *new RAS;
+  existing = &instance;
   return instance;
+}
+
+void RAS::initialize(const RASEnvironment& environment, const LogFileProperties& eventLogProperties,
+                     const LogFileProperties& traceProperties, const std::string& traceSpecNamePrefix) {
+  fetchCatalogues();
+  getInstance().install(environment, eventLogProperties, traceProperties, traceSpecNamePrefix);
+}
+
+// What can fail comes first. The former handlers go before the new ones are made, since they hold the names.
+void RAS::install(const RASEnvironment& environment, const LogFileProperties& eventLogProperties,
+                  const LogFileProperties& traceProperties, const std::string& prefix) {
+  const internal::MethodTrace trace(rd, this, "initialize", environment, prefix);
+  const internal::DiagnosticsLock guard(state_->lock);
+  if (state_->outputs && environment != RASEnvironment::UNITTEST) {
+    state_->environment = environment.getValue();
+    return;
+  }
+  const std::string* path = kept(NYXEnvironment::getProperty(kLogDirectory));
+  state_->outputs.reset();
+  state_->outputs = std::make_unique<Outputs>(environment, eventLogProperties, traceProperties);
+  state_->environment = environment.getValue();
+  specNamePrefix = kept(prefix);
+  logPath = path;
+  for (const auto& [key, logger] : state_->traceLoggers) attachTrace(*logger);
+}
+
+void RAS::shutdown() {
+  if (RAS* instance = existing) instance->reset();
+}
+
+void RAS::reset() {
+  const internal::MethodTrace trace(rd, this, "shutdown");
+  const internal::DiagnosticsLock guard(state_->lock);
+  discardTraceLoggers();
+  traceAvailable = false;
+  debugLevel = TraceLevel::OFF;
+  refreshSwitch();
+  state_->outputs.reset();
+  state_->environment = RASEnvironment::UNSPECIFIED;
+  specNamePrefix = nullptr;
+  logPath = nullptr;
 }
 
 void RAS::setLevel(const std::string& traceSpecification) {
@@ -128,7 +202,8 @@ void RAS::applySpecification(const std::string& specification) {
   const internal::DiagnosticsLock guard(state_->lock);
   const bool adds = !specification.empty() && specification.front() == '+';
   if (!adds) discardTraceLoggers();
-  for (const std::string& entry : split(adds ? specification.substr(1) : specification, ':')) applyEntry(entry);
+  const std::string entries = adds ? specification.substr(1) : specification;
+  for (const std::string& entry : internal::nonEmptyParts(entries, ':')) applyEntry(entry);
   if (state_->environment != RASEnvironment::JAVA_APP) {
     EventLog::infoNoFormat(rd, NLS::format(rd, "KTBNV0018_TRACE_CHANGE", specification));
   }
@@ -148,12 +223,12 @@ void RAS::applyEntry(const std::string& entry) {
 }
 
 void RAS::addLoggers(const std::string& names, const LogLevel& level) {
-  for (const std::string& name : split(names, ',')) addLogger(name, level);
+  for (const std::string& name : internal::nonEmptyParts(names, ',')) addLogger(name, level);
 }
 
 void RAS::addFullTrace(const std::string& names) {
   const internal::MethodTrace trace(rd, this, "addFullTrace", names);
-  for (const std::string& name : split(names, ',')) {
+  for (const std::string& name : internal::nonEmptyParts(names, ',')) {
     trace.data(TraceLevel::MODERATE, "addLogger for key: " + name);
     addLogger(name, LogLevel::ALL);
   }
@@ -161,10 +236,18 @@ void RAS::addFullTrace(const std::string& names) {
 
 void RAS::addLogger(const std::string& name, const LogLevel& level) {
   std::string key;
-  if (!relativeName(name, traceSpecNamePrefix(), key)) return;
+  if (!internal::relativeName(name, textOf(specNamePrefix), key)) return;
   Logger* logger = Logger::getLogger(key);
   logger->setLevel(level);
   state_->traceLoggers.emplace(key, logger);
+  attachTrace(*logger);
+}
+
+bool RAS::isTraceable(const Logger& logger) { return logger.isLoggable(LogLevel::FINE); }
+
+// Once, to the root: the levels of the trace loggers decide what reaches it.
+void RAS::attachTrace(const Logger& logger) {
+  if (state_->outputs && isTraceable(logger)) state_->outputs->trace.attach();
 }
 
 // INFO, the level that every logger starts with: switching trace off must not silence events. The map is ordered
@@ -172,6 +255,7 @@ void RAS::addLogger(const std::string& name, const LogLevel& level) {
 void RAS::discardTraceLoggers() {
   for (const auto& [key, logger] : state_->traceLoggers) logger->setLevel(LogLevel::INFO);
   state_->traceLoggers.clear();
+  if (state_->outputs) state_->outputs->trace.detach();
 }
 
 LogLevel RAS::getLevel(const std::string& word) {
@@ -181,7 +265,7 @@ LogLevel RAS::getLevel(const std::string& word) {
           {"WARNING", LogLevel::WARNING}, {"ERROR", LogLevel::SEVERE}, {"SEVERE", LogLevel::SEVERE},
           {"FATAL", LogLevel::SEVERE},    {"ALL", LogLevel::ALL},      {"VERBOSE", LogLevel::FINEST},
           {"MODERATE", LogLevel::FINER},  {"FLOW", LogLevel::FINE}};
-  const auto known = levels.find(upperCase(word));
+  const auto known = levels.find(internal::upperCase(word));
   return known == levels.end() ? LogLevel::INFO : known->second;
 }
 
@@ -192,16 +276,20 @@ void RAS::setDebugLevel(const TraceLevel& level) {
   refreshSwitch();
 }
 
-bool RAS::isDebugOn(const TraceLevel& level) {
-  return level != TraceLevel::OFF && level.getValue() >= debugLevel.load(std::memory_order_relaxed);
+bool internal::debugIsOn(int level) noexcept {
+  return level != TraceLevel::OFF && level >= debugLevel.load(std::memory_order_relaxed);
 }
+
+bool RAS::isDebugOn(const TraceLevel& level) { return internal::debugIsOn(level.getValue()); }
 
 bool RAS::isTraceAvailable() { return traceAvailable.load(std::memory_order_relaxed); }
 
-RASEnvironment RAS::getEnvironment() { return getInstance().state_->environment.load(); }
+RASEnvironment RAS::getEnvironment() {
+  return static_cast<RASEnvironment::RASEnvironmentValue>(getInstance().state_->environment.load());
+}
 
-const std::string& RAS::getLogPath() { return logPath(); }
+const std::string& RAS::getLogPath() { return textOf(logPath); }
 
-std::string RAS::getTraceSpecNamePrefix() { return traceSpecNamePrefix(); }
+std::string RAS::getTraceSpecNamePrefix() { return internal::traceSpecNamePrefix(); }
 
 }  // namespace tessel

@@ -30,6 +30,8 @@ std::string RASEnvironment::toString() const {
   }
 }
 
+int RASEnvironment::getValue() const { return value_; }
+
 std::ostream& operator<<(std::ostream& stream, const RASEnvironment& environment) {
   return stream << environment.toString();
 }

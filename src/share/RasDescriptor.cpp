@@ -1,7 +1,6 @@
 #include <tessel/RasDescriptor.h>
 
 #include <tessel/Logger.h>
-#include <tessel/RAS.h>
 
 #include "internal/TraceSwitch.h"
 
@@ -30,22 +29,25 @@ std::string RasDescriptor::getMessageBundle() const { return messageBundle_; }
 Logger* RasDescriptor::getLogger() const { return logger_; }
 bool RasDescriptor::isDebug() const { return logger_ == nullptr; }
 
-bool RasDescriptor::isOn(const TraceLevel& level) const {
-  if (!internal::traceMayBeOn()) return false;
-  if (isDebug()) return RAS::isDebugOn(level);
-  if (!RAS::isTraceAvailable()) return false;
-  switch (level.getValue()) {
+// Asked at every trace point while trace is available: it makes no objects and, for a class with a logger, no
+// calls.
+bool RasDescriptor::isOnAt(int level) const {
+  if (!logger_) return internal::traceMayBeOn() && internal::debugIsOn(level);
+  if (!internal::traceAvailable.load(std::memory_order_relaxed)) return false;
+  switch (level) {
     case TraceLevel::FLOW:
-      return logger_->isLoggable(LogLevel::FINE);
+      return logger_->passes(LogLevel::FINE);
     case TraceLevel::MODERATE:
-      return logger_->isLoggable(LogLevel::FINER);
+      return logger_->passes(LogLevel::FINER);
     case TraceLevel::VERBOSE:
-      return logger_->isLoggable(LogLevel::FINEST);
+      return logger_->passes(LogLevel::FINEST);
     default:
       return false;
   }
 }
 
-bool RasDescriptor::isFlowOn() const { return isOn(TraceLevel::FLOW); }
+bool RasDescriptor::isOn(const TraceLevel& level) const { return isOnAt(level.value_); }
+
+bool RasDescriptor::isFlowOn() const { return isOnAt(TraceLevel::FLOW); }
 
 }  // namespace tessel

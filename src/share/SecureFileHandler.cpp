@@ -1,7 +1,6 @@
 #include <tessel/SecureFileHandler.h>
 
 #include <algorithm>
-#include <sstream>
 
 #include <tessel/FileLock.h>
 #include <tessel/LogRecord.h>
@@ -11,6 +10,7 @@
 #include <tessel/Synchronize.h>
 
 #include "internal/Bundles.h"
+#include "internal/ContainsByte.h"
 #include "internal/DiagnosticsLock.h"
 #include "internal/LastError.h"
 #include "internal/LineFile.h"
@@ -200,15 +200,17 @@ void SecureFileHandler::writeLine(const std::string& text, Failure& failure) {
 void SecureFileHandler::publish(const std::string& text) {
   const MethodTrace trace(rd, this, "publish");
   Failure failure;
-  const bool escaped = text.find("\\u") != std::string::npos;
+  const bool escaped = internal::containsByte(text, '\\') && text.find("\\u") != std::string::npos;
   writeLine(escaped ? getUtf8EncodedString(text) : text, failure);
   if (failure.key) throw failure.exception(trace);
 }
 
 void SecureFileHandler::publish(const LogRecord& record) {
-  std::ostringstream line;
-  line << record;
-  publish(line.str());
+  constexpr std::size_t kUsualLine = 256;
+  std::string line;
+  line.reserve(kUsualLine);
+  record.appendTo(line);
+  publish(line);
 }
 
 void SecureFileHandler::close() {

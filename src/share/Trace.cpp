@@ -19,6 +19,7 @@
 #include <tessel/TraceThrowingLogRecord.h>
 
 #include "internal/Bundles.h"
+#include "internal/ContainsByte.h"
 #include "internal/DiagnosticsLock.h"
 #include "internal/TraceSwitch.h"
 
@@ -31,21 +32,6 @@ constexpr int kMaxArguments = 5;
 constexpr const char* kEmptyArgument = "\"\"";
 
 thread_local unsigned deferredExits = 0;
-
-struct Arguments {
-  unsigned count = 0;
-  std::array<std::string, kMaxArguments> texts;
-};
-
-Arguments argumentsOf(int count, std::va_list list) {
-  Arguments arguments;
-  arguments.count = static_cast<unsigned>(std::clamp(count, 0, kMaxArguments));
-  for (unsigned i = 0; i < arguments.count; ++i) {
-    const auto* text = va_arg(list, const std::string*);  // NOLINT(cppcoreguidelines-pro-type-vararg)
-    arguments.texts.at(i) = text && !text->empty() ? *text : kEmptyArgument;
-  }
-  return arguments;
-}
 
 LogLevel logLevelOf(const TraceLevel& level) {
   switch (level.getValue()) {
@@ -77,10 +63,7 @@ class Trace::Guard {
   bool taken_;
 };
 
-Trace::Trace()
-    : lock_(new NYXThreadSyncImpl),
-      methodStacks_(new std::map<unsigned long, std::unique_ptr<MethodStack>>),
-      stream_(&std::cout) {}
+Trace::Trace() : lock_(new NYXThreadSyncImpl), methodStacks_(new MethodStacks), stream_(&std::cout) {}
 
 Trace::~Trace() {
   delete methodStacks_;
@@ -151,6 +134,15 @@ void Trace::unlockTrace() {
   lock_->unlock();
 }
 
+void Trace::setArguments(LogRecord& record, int count, std::va_list list) {
+  const auto kept = static_cast<unsigned>(std::clamp(count, 0, kMaxArguments));
+  for (unsigned i = 0; i < kept; ++i) {
+    const auto* text = va_arg(list, const std::string*);  // NOLINT(cppcoreguidelines-pro-type-vararg)
+    record.arguments_.at(i) = text && !text->empty() ? *text : kEmptyArgument;
+  }
+  record.numArguments_ = kept;
+}
+
 void Trace::dropMethodStack() noexcept {
   deferredExits = 0;
   if (!internal::traceWasEverOn()) return;
@@ -172,15 +164,20 @@ void Trace::popDeferredExits(unsigned long threadId) {
   }
 }
 
+// A thread's stack comes and goes with each outermost method: the one that went last is used again.
 Trace::MethodStack* Trace::getMethodStack(unsigned long threadId) {
   if (!methodStacks_) return nullptr;
-  std::unique_ptr<MethodStack>& stack = (*methodStacks_)[threadId];
-  if (!stack) stack = std::make_unique<MethodStack>();
-  return stack.get();
+  const auto known = methodStacks_->find(threadId);
+  if (known != methodStacks_->end()) return known->second.get();
+  if (!spareStack_) return methodStacks_->emplace(threadId, std::make_unique<MethodStack>()).first->second.get();
+  spareStack_.key() = threadId;
+  return methodStacks_->insert(std::move(spareStack_)).position->second.get();
 }
 
 void Trace::removeMethodStack(unsigned long threadId) {
-  if (methodStacks_) methodStacks_->erase(threadId);
+  if (!methodStacks_) return;
+  MethodStacks::node_type removed = methodStacks_->extract(threadId);
+  if (removed && removed.mapped()->empty()) spareStack_ = std::move(removed);
 }
 
 std::string Trace::generateIndent(unsigned long long depth) {
@@ -238,8 +235,14 @@ std::string Trace::unbalancedExit(MethodStack& stack, const std::string& methodN
 }
 
 std::string Trace::getPrefixedClassName(const std::string& className) {
-  if (className.find('.') != std::string::npos) return className;
-  return RAS::getTraceSpecNamePrefix() + "." + className;
+  if (internal::containsByte(className, '.')) return className;
+  const std::string& prefix = internal::traceSpecNamePrefix();
+  std::string name;
+  name.reserve(prefix.size() + 1 + className.size());
+  name += prefix;
+  name += '.';
+  name += className;
+  return name;
 }
 
 // NOLINTNEXTLINE(cert-dcl50-cpp): the worker's signature
@@ -247,14 +250,13 @@ bool Trace::traceMethodEntry(const RasDescriptor& descriptor, const void* object
                              ...) {
   const Guard guard(*this);
   if (!guard.taken()) return false;
-  std::va_list list;
-  va_start(list, count);
-  Arguments arguments = argumentsOf(count, list);
-  va_end(list);
   const unsigned long threadId = NYXThread::getCurrentThreadId();
   popDeferredExits(threadId);
   TraceEntryLogRecord record(LogLevel::FINE, generateMethodEntryIndent(threadId, methodName));
-  record.setArguments(arguments.count, arguments.texts.data());
+  std::va_list list;
+  va_start(list, count);
+  setArguments(record, count, list);
+  va_end(list);
   publish(descriptor, object, methodName, record);
   return true;
 }
@@ -278,14 +280,13 @@ bool Trace::traceMethodData(const RasDescriptor& descriptor, const TraceLevel& l
                             const char* methodName, int count, ...) {
   const Guard guard(*this);
   if (!guard.taken()) return false;
-  std::va_list list;
-  va_start(list, count);
-  Arguments arguments = argumentsOf(count, list);
-  va_end(list);
   const unsigned long threadId = NYXThread::getCurrentThreadId();
   popDeferredExits(threadId);
   TraceDataLogRecord record(logLevelOf(level), generateMethodDataIndent(threadId));
-  record.setArguments(arguments.count, arguments.texts.data());
+  std::va_list list;
+  va_start(list, count);
+  setArguments(record, count, list);
+  va_end(list);
   publish(descriptor, object, methodName, record);
   return true;
 }
@@ -304,7 +305,7 @@ bool Trace::traceMethodThrowing(const RasDescriptor& descriptor, const void* obj
 
 void Trace::publish(const RasDescriptor& descriptor, const void* object, const char* methodName, LogRecord& record) {
   record.setSourceMethodName(methodName ? methodName : "null");
-  record.setSourceClassName(getPrefixedClassName(descriptor.className_));
+  record.sourceClassName_ = getPrefixedClassName(descriptor.className_);
   record.setObjectReference(object);
   record.setThreadId(NYXThread::getCurrentThreadId());
   if (Logger* logger = descriptor.logger_) {

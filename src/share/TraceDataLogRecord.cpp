@@ -1,7 +1,5 @@
 #include <tessel/TraceDataLogRecord.h>
 
-#include "internal/ArgumentText.h"
-
 namespace tessel {
 
 TraceDataLogRecord::TraceDataLogRecord(const LogLevel& level, const std::string& message)
@@ -12,7 +10,15 @@ TraceDataLogRecord::TraceDataLogRecord(const TraceDataLogRecord& other) = defaul
 TraceDataLogRecord::~TraceDataLogRecord() = default;
 
 std::string TraceDataLogRecord::getMessage() const {
-  return LogRecord::getMessage() + " " + getSourceMethodName() + " data " + internal::bracketedArguments(*this);
+  std::string text;
+  appendMessage(text);
+  return text;
+}
+
+void TraceDataLogRecord::appendMessage(std::string& text) const {
+  appendMethod(text);
+  text += " data ";
+  appendArguments(text);
 }
 
 }  // namespace tessel

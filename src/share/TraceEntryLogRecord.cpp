@@ -1,7 +1,5 @@
 #include <tessel/TraceEntryLogRecord.h>
 
-#include "internal/ArgumentText.h"
-
 namespace tessel {
 
 TraceEntryLogRecord::TraceEntryLogRecord(const LogLevel& level, const std::string& message)
@@ -12,7 +10,15 @@ TraceEntryLogRecord::TraceEntryLogRecord(const TraceEntryLogRecord& other) = def
 TraceEntryLogRecord::~TraceEntryLogRecord() = default;
 
 std::string TraceEntryLogRecord::getMessage() const {
-  return LogRecord::getMessage() + " " + getSourceMethodName() + " " + internal::bracketedArguments(*this);
+  std::string text;
+  appendMessage(text);
+  return text;
+}
+
+void TraceEntryLogRecord::appendMessage(std::string& text) const {
+  appendMethod(text);
+  text += ' ';
+  appendArguments(text);
 }
 
 }  // namespace tessel

@@ -10,9 +10,18 @@ TraceExitLogRecord::TraceExitLogRecord(const TraceExitLogRecord& other) = defaul
 TraceExitLogRecord::~TraceExitLogRecord() = default;
 
 std::string TraceExitLogRecord::getMessage() const {
-  std::string text = LogRecord::getMessage() + " " + getSourceMethodName();
-  if (getNumArguments() > 0) text += " returns [" + getArgument(0) + "] " + getMethodReturnType();
+  std::string text;
+  appendMessage(text);
   return text;
+}
+
+void TraceExitLogRecord::appendMessage(std::string& text) const {
+  appendMethod(text);
+  if (getNumArguments() == 0) return;
+  text += " returns [";
+  text += getArgument(0);
+  text += "] ";
+  text += getMethodReturnType();
 }
 
 }  // namespace tessel

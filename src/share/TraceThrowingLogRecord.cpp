@@ -14,10 +14,19 @@ TraceThrowingLogRecord::TraceThrowingLogRecord(const TraceThrowingLogRecord& oth
 TraceThrowingLogRecord::~TraceThrowingLogRecord() = default;
 
 std::string TraceThrowingLogRecord::getMessage() const {
+  std::string text;
+  appendMessage(text);
+  return text;
+}
+
+void TraceThrowingLogRecord::appendMessage(std::string& text) const {
   const NYXException* thrown = getThrown();
-  const std::string text = thrown ? thrown->toString() : "Unknown Throwable";
-  const std::string type = thrown ? internal::classText(typeid(*thrown)) : "Throwable";
-  return LogRecord::getMessage() + " " + getSourceMethodName() + ", " + text + "[" + type + "]";
+  appendMethod(text);
+  text += ", ";
+  text += thrown ? thrown->toString() : "Unknown Throwable";
+  text += '[';
+  text += thrown ? internal::classText(typeid(*thrown)) : "Throwable";
+  text += ']';
 }
 
 }  // namespace tessel

@@ -5,6 +5,7 @@
 #include <atomic>
 #include <chrono>
 #include <deque>
+#include <filesystem>
 #include <iostream>
 #include <streambuf>
 #include <string>
@@ -13,9 +14,11 @@
 #include <tessel/EventLog.h>
 #include <tessel/FFDC.h>
 #include <tessel/IPCMessage.h>
+#include <tessel/LogFileProperties.h>
 #include <tessel/LogHandler.h>
 #include <tessel/LogRecord.h>
 #include <tessel/Logger.h>
+#include <tessel/NYXEnvironment.h>
 #include <tessel/NYXException.h>
 #include <tessel/NYXRunnable.h>
 #include <tessel/NYXThreadImpl.h>
@@ -26,6 +29,7 @@
 #include "internal/Bundles.h"
 #include "internal/MethodTrace.h"
 #include "support/FreshProcess.h"
+#include "support/TempFolder.h"
 #include "support/TempProduct.h"
 
 namespace tessel::host {
@@ -44,12 +48,20 @@ const RasDescriptor debugRd("StressDebug", internal::kMessages, nullptr);
 // Too many placeholders and too few, also in the texts that a report of that goes through.
 constexpr const char* kWrongMessages =
     "KTBNV0018_TRACE_CHANGE=trace {0} {1}\n"
+    "KTBNV0051_MKDIR_FAILED=directory {1}\n"
+    "KTBNV0052_UNABLE_TO_WRITE_TO_EVENT_LOG=event log {1}\n"
+    "KTBNV0053_UNABLE_TO_WRITE_TO_TRACE=trace file\n"
+    "KTBNV0054_UNABLE_TO_OPEN_FILE=open {0}\n"
+    "KTBNV0056_RENAME_FAILED=rename {0} {1} {2} {3}\n"
     "KTBNV0062_NOT_CONNECTED=not {0}\n"
     "KTBNV0066_OPEN_ERROR=open\n"
     "KTBNV0091_MESSAGE_TOO_SHORT=short {1}\n"
+    "KTBNV0084_FFDC_TAKEN=taken {0} {1}\n"
     "KTBNV0118_NOT_AN_INTEGER=integer {0}\n"
     "KTBNV0150_FFDC_TAKEN=taken\n";
-constexpr const char* kWrongElements = "KTBNV_CAUSED_BY=caused by {0}\n";
+constexpr const char* kWrongElements =
+    "KTBNV_CAUSED_BY=caused by {0}\n"
+    "KTBNV_EVENT_LOG_PREFIX=event log {0}\n";
 
 // Takes what is written to a standard stream and keeps nothing.
 class Nowhere : public std::streambuf {
@@ -153,8 +165,37 @@ class Worker : public NYXRunnable {
   NYXThreadImpl thread_;
 };
 
+// Files that rotate at every second line; the trace can never be rotated, since a folder is in the way.
+class LogFiles {
+ public:
+  LogFiles() {
+    NYXEnvironment::setProperty("com.kelvo.tessel.native.logdir", folder_.path().string());
+    folder_.write("trace1.log/file", "in the way");
+    initialize();
+  }
+  ~LogFiles() { RAS::shutdown(); }
+  LogFiles(const LogFiles&) = delete;
+  LogFiles& operator=(const LogFiles&) = delete;
+
+  // Removes the former handlers while others use them.
+  void initialize() const { RAS::initialize(RASEnvironment::UNITTEST, files("event%g.log"), files("trace%g.log"), ""); }
+
+  void removeCaptures() const {
+    std::error_code ignored;
+    std::filesystem::remove_all(folder_.path() / "ffdc", ignored);
+  }
+
+ private:
+  LogFileProperties files(const char* name) const {
+    constexpr int kTwoLines = 150;
+    return {(folder_.path() / name).string(), kTwoLines, 3, true, false};
+  }
+
+  test::TempFolder folder_;
+};
+
 // Switches trace on and off and changes handlers until the time is over.
-void switchUntilOver(std::atomic<const char*>& step) {
+void switchUntilOver(const LogFiles& files, std::atomic<const char*>& step) {
   Logger& root = *Logger::getLogger("");
   const auto end = std::chrono::steady_clock::now() + kDuration;
   while (std::chrono::steady_clock::now() < end) {
@@ -170,6 +211,9 @@ void switchUntilOver(std::atomic<const char*>& step) {
     step = "switching trace off";
     RAS::setDebugLevel(TraceLevel::OFF);
     RAS::setLevel("");
+    step = "setting up anew";
+    files.initialize();
+    files.removeCaptures();
   }
   RAS::setLevel("=ALL");
 }
@@ -192,6 +236,7 @@ void runEverything() {
   std::streambuf* const out = std::cout.rdbuf(&nowhere);
   std::streambuf* const err = std::cerr.rdbuf(&nowhere);
 
+  const LogFiles files;
   BusyHandler handler;
   Logger& root = *Logger::getLogger("");
   root.addHandler(handler);
@@ -206,7 +251,7 @@ void runEverything() {
       return text;
     });
     for (Worker& worker : workers) worker.start();
-    switchUntilOver(mainStep);
+    switchUntilOver(files, mainStep);
     stop = true;
     mainStep = "waiting for the workers";
     for (Worker& worker : workers) worker.join();

@@ -29,6 +29,8 @@ void host::setUserLocaleName(const std::string& name) {
 
 namespace internal {
 
+std::int64_t currentTime() noexcept { return std::time(nullptr); }
+
 std::tm localTime(std::int64_t secondsSinceEpoch) {
   const std::time_t time = secondsSinceEpoch;
   std::tm result{};

@@ -1,21 +1,28 @@
 # The sources of unit/ that need no Windows and test no class of the platform.
 set(PORTABLE_TESTS
     TestConsoleLogHandler.cpp
+    TestDiagnosticsLoad.cpp
     TestEventLog.cpp
+    TestEventLogHandler.cpp
     TestFFDC.cpp
+    TestFFDCFiles.cpp
     TestIPCMessage.cpp
     TestLogLevel.cpp
     TestLogFileProperties.cpp
     TestLogRecord.cpp
     TestLogger.cpp
     TestNLS.cpp
+    TestNYXEnvironment.cpp
     TestNYXException.cpp
+    TestNYXPropConstant.cpp
     TestNativeProperties.cpp
     TestNativePropertyItem.cpp
     TestRAS.cpp
+    TestRASInitialize.cpp
     TestRasDescriptor.cpp
     TestResourceBundle.cpp
     TestSecureFileHandler.cpp
     TestSynchronize.cpp
     TestTrace.cpp
+    TestTraceFileLogHandler.cpp
     TestUnicodeEscapes.cpp)

@@ -329,6 +329,101 @@ case_failures_name_the_service_or_the_file() {
   error_line "cannot open $work/none: No such file or directory"
 }
 
+row() { contains out "$(printf '%-31s%-20s%-9s' "$1" "$2" "$3")$4"; }
+
+case_props_shows_known_keys_and_marks_the_others() {
+  printf '# a comment\nagentQMgr=Q1\noutputLogFiles = 7\nmine=x y\nprocessControllerStatus=off\n' >"$work/agent.properties"
+  run 0 props "$work/agent.properties"
+  equal "standard error" "" "$(cat "$work/err")"
+  equal "heading" "KEY                            VALUE               TYPE     DEFAULT  RANGE" "$(head -n 1 "$work/out")"
+  equal "lines" 23 "$(wc -l <"$work/out")"
+  equal "first key" "agentQMgr                      Q1                  string" "$(sed -n 2p "$work/out")"
+  row agentQMgrRetryInterval '(default)' integer '30       0 to 2147483647'
+  row outputLogFiles 7 integer '5        1 to 2147483647'
+  row maxRestartDelay '(default)' integer '-1       -2147483648 to 2147483647'
+  row processControllerStatus off boolean true
+  equal "last line" "mine                           x y                 unknown" "$(tail -n 1 "$work/out")"
+}
+
+case_props_shows_single_keys() {
+  printf 'traceSize=3\nmine=x\n' >"$work/agent.properties"
+  run 0 props "$work/agent.properties" mine traceSize
+  equal "lines" 3 "$(wc -l <"$work/out")"
+  row traceSize 3 integer '20       1 to 2147483647'
+  row mine x unknown ''
+  run 1 props "$work/agent.properties" traceSize yours
+  error_line "$work/agent.properties: no such key: yours"
+  row traceSize 3 integer '20       1 to 2147483647'
+}
+
+case_props_reports_wrong_values_and_missing_files() {
+  printf 'agentQMgrRetryInterval=-1\ntraceSize=big\nqueueManagerStatus=perhaps\n' >"$work/agent.properties"
+  run 1 props "$work/agent.properties"
+  equal "errors" "KTBNV0119E KTBNV0118E KTBNV0120E" "$(grep -oE 'KTBNV[0-9]{4}E' "$work/err" | xargs)"
+  error_line "$work/agent.properties: KTBNV0119E: The property 'agentQMgrRetryInterval' has the value '-1', which is not in the range from 0 to 2147483647."
+  equal "lines" 22 "$(wc -l <"$work/out")"
+  run 1 props "$work/none"
+  contains err "tesselctl: KTBNV0122E: "
+  run 2 props
+  error_line "FILE is required"
+}
+
+# without_line_ends FILE: a log file as this system's tools read it.
+without_line_ends() { tr -d '\r' <"$1"; }
+
+case_both_ends_of_a_service_write_event_log_and_trace() {
+  local logs=$work/logs
+  serve --log-dir "$logs" --trace =FLOW --count 1
+  run 0 ipc send "$service" --quiet --log-dir "$logs" --trace com.kelvo.tessel.native.IPCClientImpl <<<'abc'
+  equal "reply" ABC "$(cat "$work/out")"
+  server_ends 0 "requests: 1, clients: 1"
+  equal "files" "output0.log output0.log.1 trace0.log trace0.log.1" "$(ls "$logs" | xargs)"
+  equal "banner" "---------------- Start of event log ----------------" "$(without_line_ends "$logs/output0.log" | head -n 1)"
+  without_line_ends "$logs/output0.log" | grep -qxF "command=ipc serve $service" || fail "property of the server"
+  without_line_ends "$logs/output0.log.1" | grep -qxF "command=ipc send $service" || fail "property of the client"
+  grep -qF "RAS           I KTBNV0018I: The trace specification '=FLOW' was applied." "$logs/output0.log" || fail "event"
+  grep -qE ' com\.kelvo\.tessel\.native\.IPCServerImpl +.*  \{  connect ' "$logs/trace0.log" || fail "server's trace"
+  grep -qE ' com\.kelvo\.tessel\.native\.IPCClientImpl +.*  \{  sendMessage ' "$logs/trace0.log.1" || fail "client's trace"
+  ! grep -qF IPCMessage "$logs/trace0.log.1" || fail "a class of the client that was not asked for"
+}
+
+case_the_properties_decide_about_the_log_files_and_the_trace() {
+  local logs=$work/logs
+  printf 'outputLogFiles=2\noutputLogSize=3\ntraceFiles=4\ntraceSize=6\ntrace==FLOW\n' >"$work/agent.properties"
+  serve --log-dir "$logs" --properties "$work/agent.properties" --until-eof
+  stop_serving
+  server_ends 0 "requests: 0, clients: 0"
+  equal "event log" "command=ipc serve $service outputLogFiles=2 outputLogSize=3 trace==FLOW" \
+    "$(without_line_ends "$logs/output0.log" | sed -n 4,7p | xargs)"
+  equal "trace" "command=ipc serve $service trace==FLOW traceFiles=4 traceSize=6" \
+    "$(without_line_ends "$logs/trace0.log" | sed -n 7,10p | xargs)"
+  serve --log-dir "$logs" --properties "$work/agent.properties" --trace =INFO --until-eof
+  stop_serving
+  server_ends 0 "requests: 0, clients: 0"
+  contains logs/output0.log "trace==INFO"
+}
+
+case_options_of_the_diagnostics_that_cannot_be_used_are_errors() {
+  run 2 ipc send "$service" --trace =ALL
+  error_line "--trace requires --log-dir"
+  run 2 ipc serve "$service" --properties "$work/none"
+  error_line "--properties requires --log-dir"
+  run 1 ipc serve "$service" --log-dir "$work/logs" --properties "$work/none"
+  contains err "tesselctl: KTBNV0122E: "
+  printf 'traceSize=0\n' >"$work/agent.properties"
+  run 1 ipc send "$service" --log-dir "$work/logs" --properties "$work/agent.properties"
+  contains err "tesselctl: KTBNV0119E: "
+}
+
+case_a_log_folder_that_cannot_be_made_is_reported_and_the_service_runs() {
+  echo "in the way" >"$work/logs"
+  serve --log-dir "$work/logs" --count 1
+  run 0 ipc send "$service" <<<'abc'
+  equal "reply" ABC "$(cat "$work/out")"
+  server_ends 0 "requests: 1, clients: 1"
+  contains server.err "KTBNV0126E: Unable to create the event log in directory '$work/logs'. Reason: KTBNV0051E: "
+}
+
 case_a_reader_that_leaves_ends_the_client_with_an_error() {
   local codes
   serve --until-eof

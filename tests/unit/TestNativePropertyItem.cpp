@@ -48,6 +48,18 @@ TEST(NativePropertyItem, HasItsKeyAndTheDefaultOfItsType) {
   EXPECT_TRUE(flag.getDefaultBooleanValue());
 }
 
+TEST(NativePropertyItem, KnowsItsTypeAndRange) {
+  const NativePropertyItem string("s");
+  EXPECT_EQ(string.getType(), NativePropertyItem::STRING);
+  EXPECT_EQ(string.getMinimum(), 0);
+  EXPECT_EQ(string.getMaximum(), 0);
+  const NativePropertyItem number("i", 5, 1, 9);
+  EXPECT_EQ(number.getType(), NativePropertyItem::INTEGER);
+  EXPECT_EQ(number.getMinimum(), 1);
+  EXPECT_EQ(number.getMaximum(), 9);
+  EXPECT_EQ(NativePropertyItem("b", true).getType(), NativePropertyItem::BOOLEAN);
+}
+
 TEST(NativePropertyItem, OfAKeyOnlyIsAnEmptyString) {
   const NativePropertyItem item("k");
   EXPECT_EQ(item.getStringValue(nullptr), "");

@@ -156,6 +156,83 @@ TEST(RAS, LonePlusKeepsEverything) {
   EXPECT_TRUE(isTraced("lone.a"));
 }
 
+TEST(RAS, SeparatorsAloneNameNothing) {
+  for (const char* specification : {",", ",,,", ":,:", "+", "+:", "+,", "+:,:", ",=FLOW", ",,=FLOW:"}) {
+    const TraceScope trace("only.a=FLOW");
+    RAS::setLevel(specification);
+    EXPECT_EQ(specification[0] == '+', isTraced("only.a")) << specification;
+    EXPECT_FALSE(isTraced("")) << specification;
+  }
+}
+
+TEST(RAS, EmptyLevelWordCountsAsInfo) {
+  const TraceScope trace("word.a=ALL:word.b=ALL");
+  RAS::setLevel("+word.a=:word.b");
+  EXPECT_EQ(50, thresholdOf("word.a"));
+  RAS::setLevel("=ALL");
+  RAS::setLevel("+=");
+  EXPECT_EQ(50, thresholdOf(""));
+}
+
+TEST(RAS, EverythingBehindTheFirstEqualsSignIsTheLevelWord) {
+  const TraceScope trace("twice.a=FLOW=ALL");
+  EXPECT_EQ(50, thresholdOf("twice.a"));
+}
+
+// The sign is looked for behind the first character of an entry.
+TEST(RAS, EntryOfTwoEqualsSignsNamesTheLoggerOfThatName) {
+  const TraceScope trace("==FLOW");
+  EXPECT_FALSE(isTraced(""));
+  EXPECT_EQ(30, thresholdOf("="));
+}
+
+TEST(RAS, PlusCountsAtTheFrontOnly) {
+  const TraceScope trace("front.a=FLOW:+front.b=FLOW");
+  EXPECT_FALSE(isTraced("front.b"));
+  EXPECT_TRUE(isTraced("+front.b"));
+}
+
+TEST(RAS, BlanksBelongToNames) {
+  const TraceScope trace(" blank.a = FLOW");
+  EXPECT_FALSE(isTraced("blank.a"));
+  EXPECT_EQ(50, thresholdOf(" blank.a "));
+}
+
+TEST(RAS, NamesMayHoldBytesAbove127AndZero) {
+  const std::string name = "high.\xE9\xFF\x80";
+  const std::string zero = std::string("zero.") + '\0' + "b";
+  const TraceScope trace(name + "=FLOW:" + zero + "=FLOW:word.high=\xE9");
+  EXPECT_EQ(30, thresholdOf(name));
+  EXPECT_EQ(30, thresholdOf(zero));
+  EXPECT_FALSE(isTraced("zero."));
+  EXPECT_EQ(50, thresholdOf("word.high"));
+}
+
+TEST(RAS, TenThousandEntriesAllHoldAndAreAllDiscarded) {
+  constexpr int kEntries = 10000;
+  const auto name = [](int i) { return "many.entry" + std::to_string(i); };
+  std::string specification;
+  for (int i = 0; i < kEntries; ++i) specification += name(i) + (i % 2 == 0 ? "=FLOW:" : "=VERBOSE:");
+  const TraceScope trace(specification);
+  for (int i = 0; i < kEntries; ++i) ASSERT_EQ(i % 2 == 0 ? 30 : 10, thresholdOf(name(i))) << i;
+  RAS::setLevel("");
+  for (int i = 0; i < kEntries; ++i) ASSERT_FALSE(isTraced(name(i))) << i;
+}
+
+TEST(RAS, SpecificationOfAMegabyteIsReadLikeAnyOther) {
+  constexpr std::size_t kMegabyte = 1 << 20;
+  const std::string longName(kMegabyte, 'n');
+  {
+    const TraceScope trace(longName + "=FLOW:mega.a=FLOW");
+    EXPECT_TRUE(isTraced(longName));
+    EXPECT_TRUE(isTraced("mega.a"));
+  }
+  const TraceScope trace(std::string(kMegabyte, ':') + "mega.b=FLOW");
+  EXPECT_TRUE(isTraced("mega.b"));
+  RAS::setLevel("mega.c=" + std::string(kMegabyte, 'A'));
+  EXPECT_EQ(50, thresholdOf("mega.c"));
+}
+
 TEST(RAS, SwitchingOffKeepsEvents) {
   const TraceScope trace("");
   RAS::setLevel("off.a=OFF");

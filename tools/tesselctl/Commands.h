@@ -17,5 +17,6 @@ void addSecure(CLI::App& group, Command& chosen);
 void addCheck(CLI::App& group, Command& chosen);
 void addAcl(CLI::App& group, Command& chosen);
 void addLock(CLI::App& app, Command& chosen);
+void addProps(CLI::App& group, Command& chosen);
 
 }  // namespace tesselctl

@@ -11,6 +11,7 @@
 #include <tessel/NativeProperties.h>
 
 #include "Commands.h"
+#include "Diagnostics.h"
 #include "LineReader.h"
 #include "Output.h"
 #include "Progress.h"
@@ -27,6 +28,7 @@ struct Options {
   long interval = 1;
   bool truncate = false;
   bool quiet = false;
+  DiagnosticsOptions diagnostics;
 };
 
 // Connected for as long as it exists.
@@ -122,6 +124,11 @@ class Sender {
   Summary summary_;
 };
 
+int send(const Options& options) {
+  const Diagnostics diagnostics(options.diagnostics, "ipc send " + options.service);
+  return Sender(options).run();
+}
+
 }  // namespace
 
 void addIpcSend(CLI::App& group, Command& chosen) {
@@ -135,10 +142,11 @@ void addIpcSend(CLI::App& group, Command& chosen) {
       ->capture_default_str();
   command->add_flag("--truncate", options->truncate, "Cut lines after 1024 bytes instead of refusing longer ones");
   command->add_flag("--quiet", options->quiet, "Show neither progress nor summary");
+  addDiagnosticsOptions(*command, options->diagnostics);
   command->footer(
       "Replies go to standard output, a line each. A line that is too long or is answered with an error is reported\n"
       "on standard error, the next one is sent, and the exit code is 1. The summary counts the bytes of the texts.");
-  command->callback([options, &chosen] { chosen = [options] { return Sender(*options).run(); }; });
+  command->callback([options, &chosen] { chosen = [options] { return send(*options); }; });
 }
 
 }  // namespace tesselctl

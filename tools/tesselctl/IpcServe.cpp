@@ -14,6 +14,7 @@
 #include <tessel/ProcessSignalActionHandler.h>
 
 #include "Commands.h"
+#include "Diagnostics.h"
 #include "Output.h"
 #include "System.h"
 #include "Transformation.h"
@@ -27,6 +28,7 @@ struct Options {
   std::int64_t count = 0;
   int maxConnections = -1;
   bool untilEof = false;
+  DiagnosticsOptions diagnostics;
 };
 
 // The wish to stop, from a signal, the end of the input or the last request.
@@ -92,6 +94,7 @@ class Answers : public tessel::IPCListener {
 };
 
 int serve(const Options& options) {
+  const Diagnostics diagnostics(options.diagnostics, "ipc serve " + options.service);
   // Never deleted: a signal, or the thread that waits for the end of the input, may still arrive while the process
   // ends.
   Stop& stop = *new Stop;
@@ -129,9 +132,11 @@ void addIpcServe(CLI::App& group, Command& chosen) {
   command->add_option("--max-connections", options->maxConnections, "Clients served at once; without it any number")
       ->check(CLI::Range(1, std::numeric_limits<int>::max()));
   command->add_flag("--until-eof", options->untilEof, "Stop at the end of standard input");
+  addDiagnosticsOptions(*command, options->diagnostics);
   command->footer(
       "Prints \"serving NAME\" on standard output when clients can connect, and a summary on standard error\n"
-      "when it has stopped. Requests in progress are answered before it stops.");
+      "when it has stopped. Requests in progress are answered before it stops. With --log-dir the server's events go\n"
+      "to the event log there instead of standard error.");
   command->callback([options, &chosen] { chosen = [options] { return serve(*options); }; });
 }
 

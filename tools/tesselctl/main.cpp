@@ -51,6 +51,7 @@ int main(int argc, char** argv) {
   tesselctl::addCheck(app, command);
   tesselctl::addAcl(app, command);
   tesselctl::addLock(app, command);
+  tesselctl::addProps(app, command);
   try {
     app.parse(argc, argv);
   } catch (const CLI::ParseError& outcome) {

@@ -7,6 +7,15 @@
 
 namespace tessel::internal {
 
+std::int64_t currentTime() noexcept {
+  constexpr std::int64_t kSecond = 10'000'000;             // in the system's steps of 100 ns
+  constexpr std::int64_t kSecondsTo1970 = 11'644'473'600;  // from the system's epoch
+  FILETIME now;
+  GetSystemTimePreciseAsFileTime(&now);
+  const auto steps = static_cast<std::int64_t>(std::uint64_t{now.dwHighDateTime} << 32 | now.dwLowDateTime);
+  return steps / kSecond - kSecondsTo1970;
+}
+
 std::tm localTime(std::int64_t secondsSinceEpoch) {
   const std::time_t time = secondsSinceEpoch;
   std::tm result{};
