@@ -13,5 +13,6 @@ using Command = std::function<int()>;
 // Each adds its command; the one that the user names is stored in `chosen`.
 void addIpcServe(CLI::App& group, Command& chosen);
 void addIpcSend(CLI::App& group, Command& chosen);
+void addTraceView(CLI::App& group, Command& chosen);
 
 }  // namespace tesselctl

@@ -47,6 +47,9 @@ int main(int argc, char** argv) {
   ipc->require_subcommand(1);
   tesselctl::addIpcServe(*ipc, command);
   tesselctl::addIpcSend(*ipc, command);
+  CLI::App* trace = app.add_subcommand("trace", "Trace files");
+  trace->require_subcommand(1);
+  tesselctl::addTraceView(*trace, command);
   try {
     app.parse(argc, argv);
   } catch (const CLI::ParseError& outcome) {
