@@ -223,6 +223,8 @@ def check_picture(browser, page):
     browser.wheel("#picture", -200)
     view = page.view()
     equal("the wheel zooms", True, view[0] > whole[0] and view[1] < whole[1])
+    browser.script("setView(0, 10); choose(29)")
+    equal("the picture follows what is chosen", True, page.view()[1] > 50)
     browser.script("document.getElementById('picture').dispatchEvent(new MouseEvent('dblclick'))")
     equal("a double click shows all", whole, page.view())
     colors = browser.script(

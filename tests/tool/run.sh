@@ -348,9 +348,9 @@ for thread, list in threads.items():
     assert phases.count("B") == phases.count("E"), thread
     print(*thread, len(list), phases.count("B"), list[0]["ts"])
 END
-  equal "threads" "1 264 55 25 50587000000
+  equal "threads" "1 264 54 24 50587000000
 1 268 11 5 50587000013
-2 500 31 14 50589000006
+2 500 27 12 50589000006
 3 524 13 6 50587000000" "$(cat "$work/out")"
 }
 

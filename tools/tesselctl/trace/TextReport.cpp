@@ -89,6 +89,7 @@ class ThreadText {
       if (end == std::string_view::npos) return;
       text.remove_prefix(end + 1);
       out() += '\n';
+      buffer_.piece();
       beginLine({}, level);
       out() += "    ";
     }

@@ -78,5 +78,5 @@ function choose(index) {
   }
   drawRows();
   showDetails();
-  drawPicture();
+  showInPicture(index);
 }

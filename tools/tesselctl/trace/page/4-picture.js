@@ -100,6 +100,12 @@ function setView(from, to) {
   drawPicture();
 }
 
+function showInPicture(index) {
+  const thread = state.thread, [from, to] = thread.view, place = thread.from[index], half = (to - from) / 2;
+  if (thread.to[index] <= from || place >= to) setView(place - half, place + half);
+  else drawPicture();
+}
+
 let drag = null;
 canvas.onwheel = event => {
   event.preventDefault();

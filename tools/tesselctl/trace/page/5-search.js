@@ -1,12 +1,23 @@
 /* The search: over all threads, in their order. */
+function isWanted(text) {
+  const pattern = new RegExp(text.replace(/[.*+?^${}()|[\]\\]/g, '\\$&'), 'i');
+  const names = new Map();
+  // Names are few: each is looked at once.
+  const nameIsWanted = node => {
+    const name = node[CLASS] < 0 ? '' : `${className(node)}.${method(node)}`;
+    if (!names.has(name)) names.set(name, name !== '' && pattern.test(name));
+    return names.get(name);
+  };
+  return node => nameIsWanted(node) || pattern.test(node[TEXT]) || pattern.test(node[EXIT]);
+}
+
 function search() {
-  const wanted = $('search').value.toLowerCase();
+  const text = $('search').value, wanted = text && isWanted(text);
   state.hits = [];
   state.hit = -1;
   if (wanted) {
     data.threads.forEach((thread, number) => thread.nodes.forEach((node, index) => {
-      const name = node[CLASS] < 0 ? '' : `${className(node)}.${method(node)}`;
-      if (`${name}\n${node[TEXT]}\n${node[EXIT]}`.toLowerCase().includes(wanted)) state.hits.push([number, index]);
+      if (wanted(node)) state.hits.push([number, index]);
     }));
   }
   state.hitSet = new Set(state.hits.map(([number, index]) => data.threads[number].nodes[index]));
