@@ -75,7 +75,7 @@ class PageData {
 
   void write(const ThreadTree& tree) {
     const ProcessTrace& process = log_.processes[tree.process];
-    out() += "\n{\"name\":\"" + threadText(tree.thread) + "\",\"process\":";
+    out() += "\n{\"name\":\"" + threadText(tree.thread) + R"(","process":)";
     appendJsonString(out(), processText(process));
     out() += ",\"nodes\":[";
     for (const TreeNode& node : tree.nodes) {

@@ -5,7 +5,7 @@
 namespace tesselctl::trace {
 namespace {
 
-constexpr std::int64_t kSecondsOfDay = 24 * 60 * 60;
+constexpr std::int64_t kSecondsOfDay = std::int64_t{24} * 60 * 60;
 constexpr std::int64_t kPerSecond = 1000000;
 
 // The times of a process's records in microseconds since the day of the first one. Records carry no date: of two
@@ -63,7 +63,7 @@ class ThreadEvents {
   void writeName() {
     out() += ",\n{\"ph\":\"M\",\"name\":\"thread_name\"";
     writeIds();
-    out() += ",\"args\":{\"name\":\"thread " + threadText(tree_.thread) + "\"}}";
+    out() += R"(,"args":{"name":"thread )" + threadText(tree_.thread) + "\"}}";
   }
 
   void writeIds() {
@@ -75,7 +75,7 @@ class ThreadEvents {
     last_ = record == kNoRecord ? last_ + 1 : std::max(last_ + 1, times_[record]);
     out() += ",\n{\"ph\":\"";
     out() += phase;
-    out() += "\",\"ts\":" + std::to_string(last_);
+    out() += R"(","ts":)" + std::to_string(last_);
     writeIds();
   }
 
@@ -95,7 +95,7 @@ class ThreadEvents {
     const TraceRecord& record = process_.records[node.begin];
     beginEvent("i", node.begin);
     writeLabel(node);
-    out() += ",\"s\":\"t\",\"args\":{";
+    out() += R"(,"s":"t","args":{)";
     writePlace(&record);
     writeArgument("text", record.text);
     endArguments();
@@ -119,9 +119,9 @@ class ThreadEvents {
 
   void writeLabel(const TreeNode& node) {
     const TraceRecord* record = shownRecord(process_, node);
-    out() += ",\"cat\":\"";
+    out() += R"(,"cat":")";
     out() += category(node.kind);
-    out() += "\",\"name\":\"";
+    out() += R"(","name":")";
     if (!record) {
       out() += node.calls == 1 ? "entry missing" : std::to_string(node.calls) + " entries missing";
     } else {

@@ -1,5 +1,6 @@
 #include "Report.h"
 
+#include <algorithm>
 #include <array>
 
 namespace tesselctl::trace {
@@ -49,16 +50,28 @@ std::size_t plainLength(std::string_view text) {
   return i;
 }
 
-// A character of ASCII that is not plain in JSON; what follows it decides on a carriage return.
-void appendJsonAscii(std::string& out, char c, bool beforeLineFeed) {
-  if (c == '"' || c == '\\') {
+// Bytes of the character at the start when a terminal may get it.
+std::size_t printableLength(std::string_view text) {
+  const std::size_t length = characterLength(text);
+  const bool control = length == 1 && (byteAt(text, 0) < kFirstPrintable || byteAt(text, 0) == kDelete);
+  if ((control && text.front() != '\t') || (length == 2 && isHighControl(text))) return 0;
+  return length;
+}
+
+// The first byte of the text, which JSON does not show as it is.
+void appendJsonByte(std::string& out, std::string_view text, bool isAscii) {
+  const char c = text.front();
+  if (!isAscii) {
+    out += '\\';
+    appendBytes(out, text.substr(0, 1));
+  } else if (c == '"' || c == '\\') {
     out += '\\';
     out += c;
   } else if (c == '\n') {
     out += "\\n";
-  } else if (c != '\r' || !beforeLineFeed) {
+  } else if (!text.starts_with("\r\n")) {
     out += "\\u";
-    appendHex(out, static_cast<unsigned char>(c), 4);
+    appendHex(out, byteAt(text, 0), 4);
   }
 }
 
@@ -93,35 +106,27 @@ std::size_t characterLength(std::string_view text) {
 
 void appendPlain(std::string& out, std::string_view line) {
   while (!line.empty()) {
-    std::size_t length = plainLength(line);
-    if (length == 0) {
-      length = characterLength(line);
-      const bool control = length == 1 && (byteAt(line, 0) < kFirstPrintable || byteAt(line, 0) == kDelete);
-      if (length == 0 || (control && line.front() != '\t') || (length == 2 && isHighControl(line))) {
-        length = length == 0 ? 1 : length;
-        appendBytes(out, line.substr(0, length));
-        line.remove_prefix(length);
-        continue;
-      }
+    std::size_t length = std::max(plainLength(line), printableLength(line));
+    if (length > 0) {
+      out += line.substr(0, length);
+    } else {
+      length = std::max<std::size_t>(characterLength(line), 1);
+      appendBytes(out, line.substr(0, length));
     }
-    out += line.substr(0, length);
     line.remove_prefix(length);
   }
 }
 
 void appendJson(std::string& out, std::string_view text) {
   while (!text.empty()) {
+    const std::size_t character = characterLength(text);
     std::size_t length = plainLength(text);
+    if (length == 0 && character > 1) length = character;
     if (length > 0) {
       out += text.substr(0, length);
-    } else if ((length = characterLength(text)) > 1) {
-      out += text.substr(0, length);
-    } else if (length == 1) {
-      appendJsonAscii(out, text.front(), text.size() > 1 && text[1] == '\n');
     } else {
       length = 1;
-      out += '\\';
-      appendBytes(out, text.substr(0, 1));
+      appendJsonByte(out, text, character == 1);
     }
     text.remove_prefix(length);
   }

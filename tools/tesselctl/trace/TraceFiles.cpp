@@ -135,6 +135,7 @@ std::vector<FileSet> fileSets(const std::vector<std::string>& arguments) {
     }
   }
   std::vector<FileSet> sets;
+  sets.reserve(groups.size());
   for (Group& group : groups) sets.push_back(setOf(std::move(group)));
   return sets;
 }

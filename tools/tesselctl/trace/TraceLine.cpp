@@ -174,7 +174,6 @@ bool parseMessage(string_view message, TraceRecord& record) {
 }  // namespace
 
 bool startsRecord(string_view line) {
-  TraceRecord ignored;
   Cursor cursor(line);
   std::uint64_t number = 0;
   for (const char* end : {":", ":", "."}) {
