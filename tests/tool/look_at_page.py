@@ -1,10 +1,11 @@
 #!/usr/bin/env python3
 """Looks at the page of the trace viewer as a user does: clicks, types, and reads what is shown.
 
-usage: tests/tool/look_at_page.py PAGE [FOLDER]
+usage: tests/tool/look_at_page.py PAGE EMPTY_PAGE [FOLDER]
 
-PAGE shows the sample traces of tests/tool/data/trace. Pictures of it go to FOLDER. Needs Chromium and its driver, and
-nothing of the network: a request of the page is a failure, as is any message on the console.
+PAGE shows the sample traces of tests/tool/data/trace, EMPTY_PAGE a trace without a record. Pictures of the first go to
+FOLDER. Needs Chromium and its driver, and nothing of the network: a request of a page is a failure, as is any message
+on the console.
 """
 import base64
 import json
@@ -233,11 +234,26 @@ def check_picture(browser, page):
     equal("the picture is drawn", True, colors > 20)
 
 
-def check_silence(browser, address):
+def check_long_text(browser):
+    browser.script("state.thread.nodes[1][TEXT] = 'x'.repeat(30000); choose(1)")
+    equal("a long text is cut in its row", True, len(browser.text(".row[data-node='1']")) < 1000)
+    equal("a long text is cut", "x" * 20000 + "… show all 30000 characters", browser.text("#details pre"))
+    browser.click("#details pre button")
+    equal("a long text in full", "x" * 30000, browser.text("#details pre"))
+
+
+def check_empty_page(browser):
+    equal("empty page", "The trace has no record.", browser.text("#details"))
+    equal("controls that work", 0, browser.script("return document.querySelectorAll('header :enabled').length"))
+    browser.click("#tree")
+    browser.type("#tree", "\ue015")
+
+
+def check_silence(browser, addresses):
     equal("console", [], [entry["message"] for entry in browser.log("browser")])
     events = [json.loads(entry["message"])["message"] for entry in browser.log("performance")]
     asked = [e["params"]["request"]["url"] for e in events if e["method"] == "Network.requestWillBeSent"]
-    equal("requests", [address], asked)
+    equal("requests", addresses, asked)
 
 
 def check_that_requests_are_refused(browser):
@@ -248,12 +264,16 @@ def check_that_requests_are_refused(browser):
     equal("the refusal is on the console", True, any("Content Security Policy" in e["message"] for e in browser.log("browser")))
 
 
-def look(browser, address, folder):
+def go_to(browser, address):
+    browser.call("POST", "/url", {"url": address})
+
+
+def look(browser, address, empty, folder):
     # Whatever the browser shows at its start is over before the page comes.
-    browser.call("POST", "/url", {"url": "about:blank"})
+    go_to(browser, "about:blank")
     browser.log("performance")
     browser.dark(False)
-    browser.call("POST", "/url", {"url": address})
+    go_to(browser, address)
     page = Page(browser)
     check_first_sight(browser, page)
     check_folding(browser, page)
@@ -268,18 +288,22 @@ def look(browser, address, folder):
         browser.dark(True)
         browser.script("showThread(1); choose(1)")
         browser.picture(folder / "dark.png")
-    check_silence(browser, address)
+    check_long_text(browser)
+    go_to(browser, empty)
+    check_empty_page(browser)
+    check_silence(browser, [address, empty])
     check_that_requests_are_refused(browser)
 
 
 def main():
-    if len(sys.argv) not in (2, 3):
+    if len(sys.argv) not in (3, 4):
         sys.exit(__doc__)
-    folder = pathlib.Path(sys.argv[2]) if len(sys.argv) == 3 else None
+    page, empty = (pathlib.Path(argument).resolve().as_uri() for argument in sys.argv[1:3])
+    folder = pathlib.Path(sys.argv[3]) if len(sys.argv) == 4 else None
     with tempfile.TemporaryDirectory(ignore_cleanup_errors=True) as profile:
         browser = Browser(profile)
         try:
-            look(browser, pathlib.Path(sys.argv[1]).resolve().as_uri(), folder)
+            look(browser, page, empty, folder)
         except Failure as failure:
             sys.exit(f"look_at_page: {failure}")
         finally:
@@ -287,4 +311,5 @@ def main():
     print("the page is as it should be")
 
 
-main()
+if __name__ == "__main__":
+    main()

@@ -12,6 +12,7 @@ function showThread(number) {
 }
 
 function keyInTree(event) {
+  if (!state.thread) return;
   const at = state.shown.indexOf(state.chosen), last = state.shown.length - 1, { folded, ends, parents } = state.thread;
   const inner = at >= 0 && ends[state.chosen] > state.chosen + 1;
   const goTo = place => choose(state.shown[Math.min(Math.max(place, 0), last)]);
@@ -61,5 +62,10 @@ matchMedia('(prefers-color-scheme: dark)').onchange = redraw;
 
 $('summary').textContent = data.summary;
 data.threads.forEach((thread, number) => $('thread').append(new Option(`Thread ${thread.name}, ${thread.process}`, number)));
-if (data.threads.length) showThread(0);
-else $('details').append(element('p', 'empty', 'The trace has no record.'));
+if (data.threads.length) {
+  showThread(0);
+} else {
+  for (const control of document.querySelectorAll('header > :not(h1)')) control.disabled = true;
+  $('frame').hidden = $('caption').hidden = true;
+  $('details').append(element('p', 'empty', 'The trace has no record.'));
+}
