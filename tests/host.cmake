@@ -15,6 +15,14 @@ find_package(Threads REQUIRED)
 target_link_libraries(tessel_host PUBLIC Threads::Threads)
 tessel_warnings(tessel_host)
 
+# The trace viewer of the operators' tool needs no Windows either.
+set(tool ${PROJECT_SOURCE_DIR}/tools/tesselctl)
+file(GLOB viewer_sources CONFIGURE_DEPENDS ${tool}/trace/*.cpp)
+include(${PROJECT_SOURCE_DIR}/cmake/TracePage.cmake)
+tessel_trace_page(viewer_page)
+target_sources(tessel_host PRIVATE ${viewer_sources} ${viewer_page})
+target_include_directories(tessel_host PUBLIC ${tool})
+
 # PORTABLE_TESTS: the sources of unit/ that need no Windows.
 include(host/portable.cmake OPTIONAL)
 list(TRANSFORM PORTABLE_TESTS PREPEND unit/)

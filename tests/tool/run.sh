@@ -514,6 +514,91 @@ case_progress_is_drawn_on_a_terminal_only() {
   server_ends 0 "requests: 400, clients: 2"
 }
 
+# Sample traces: three generations of one process with damage, and the file of a second one.
+samples=tests/tool/data/trace
+
+case_trace_view_prints_the_calls_of_each_thread() {
+  run 0 trace view "$samples/trace%g.log" "$samples/trace0.log.1"
+  diff -u "$samples/expected.txt" "$work/out" || fail "the printed tree"
+  equal "summary" "$(cat "$samples/expected-summary.txt")" "$(cat "$work/err")"
+}
+
+case_trace_view_puts_named_generations_in_order() {
+  run 0 trace view "$samples/trace%g.log"
+  cp "$work/out" "$work/all"
+  run 0 trace view "$samples"/trace{0,1,2}.log
+  cmp "$work/all" "$work/out" || fail "another order of the files"
+}
+
+case_trace_view_shows_one_thread_or_class() {
+  run 0 trace view "$samples/trace%g.log" --thread 10c
+  equal "headings" "thread 000000000000010c, process 264 of trace%g.log" "$(grep ^thread "$work/out")"
+  equal "lines" 7 "$(wc -l <"$work/out")"
+  run 0 trace view "$samples/trace%g.log" --thread 0x000000000000010c --class NYXUtils
+  equal "tree" "thread 000000000000010c, process 264 of trace%g.log
+14:03:07.000.0D  IPCClientRunnable@64f130.run  *** open at the end
+14:03:08.000.00  | IPCServerImpl@64f170.onMessage [hello é€ \\xff\\xfe raw]
+14:03:08.000.02  | | NYXUtils.getLastErrorMessage  *** exit missing" "$(cat "$work/out")"
+  run 0 trace view "$samples/trace%g.log" --class com.kelvo.tessel.nativ.NYXUtils
+  equal "threads" 2 "$(grep -c ^thread "$work/out")"
+  run 0 trace view "$samples/trace%g.log" --class Utils
+  equal "standard output" "" "$(cat "$work/out")"
+}
+
+case_trace_view_writes_trace_events() {
+  run 0 trace view "$samples/trace%g.log" "$samples/trace0.log.1" --perfetto "$work/events.json"
+  equal "standard output" "" "$(cat "$work/out")"
+  python3 - "$work/events.json" >"$work/out" <<'END' || fail "the trace events"
+import collections, json, sys
+events = json.load(open(sys.argv[1], encoding="utf-8"))["traceEvents"]
+threads = collections.defaultdict(list)
+for event in events:
+    if "ts" in event:
+        threads[event["pid"], event["tid"]].append(event)
+for thread, list in threads.items():
+    times = [event["ts"] for event in list]
+    assert all(a < b for a, b in zip(times, times[1:])), thread
+    phases = [event["ph"] for event in list]
+    assert phases.count("B") == phases.count("E"), thread
+    print(*thread, len(list), phases.count("B"), list[0]["ts"])
+END
+  equal "threads" "1 264 54 24 50587000000
+1 268 11 5 50587000013
+2 500 27 12 50589000006
+3 524 13 6 50587000000" "$(cat "$work/out")"
+}
+
+case_trace_view_writes_a_page_that_works_in_a_browser() {
+  run 0 trace view "$samples/trace%g.log" "$samples/trace0.log.1" --html "$work/trace.html"
+  equal "standard output" "" "$(cat "$work/out")"
+  : >"$work/empty"
+  run 0 trace view "$work/empty" --html "$work/empty.html"
+  timeout -k 5 120 tests/tool/look_at_page.py "$work"/{trace,empty}.html "${TESSEL_PICTURES:-$work}" \
+    >"$work/out" 2>"$work/err" || fail "the page"
+}
+
+case_trace_view_passes_over_what_is_no_trace() {
+  run 0 trace view "$folder/tesselnative.dll"
+  equal "standard output" "" "$(cat "$work/out")"
+  grep -qE '^files: 1, records: 0, banner lines: 0, damaged lines: [1-9][0-9]*$' "$work/err" || fail "summary"
+  : >"$work/empty"
+  run 0 trace view "$work/empty"
+  contains err "files: 1, records: 0, banner lines: 0, damaged lines: 0"
+}
+
+case_trace_view_reports_files_it_cannot_read_or_write() {
+  run 1 trace view "$work/none"
+  error_line "cannot open $work/none: No such file or directory"
+  run 1 trace view "$work/none%g.log"
+  error_line "no file matches $work/none%g.log"
+  run 1 trace view "$samples/trace0.log" --html "$work/none/page.html"
+  error_line "cannot write $work/none/page.html: No such file or directory"
+  run 2 trace view
+  error_line "FILE is required"
+  run 2 trace view "$samples/trace0.log" --thread 10g
+  error_line "--thread: 10g is no thread number as the trace shows it"
+}
+
 for current in "$@"; do
   service=tesselctl-$$-$current
   "case_$current"

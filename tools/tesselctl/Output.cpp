@@ -1,7 +1,6 @@
 #include "Output.h"
 
 #include <stdexcept>
-#include <string_view>
 
 #include <tessel/NYXUtils.h>
 
@@ -27,11 +26,12 @@ bool isConsole(DWORD stream) {
 
 }  // namespace
 
-void printLine(const std::string& text) {
-  const std::string line = text + '\n';
-  if (write(STD_OUTPUT_HANDLE, line)) return;
+void printText(std::string_view text) {
+  if (write(STD_OUTPUT_HANDLE, text)) return;
   throw std::runtime_error("cannot write to standard output: " + tessel::NYXUtils::getLastErrorMessage());
 }
+
+void printLine(const std::string& text) { printText(text + '\n'); }
 
 void printNote(const std::string& text) { write(STD_ERROR_HANDLE, text); }
 

@@ -3,12 +3,16 @@
 #pragma once
 
 #include <string>
+#include <string_view>
 
 namespace tesselctl {
 
 // The text and a line end to standard output. Throws std::runtime_error when it cannot be written, as behind a pipe
 // whose reader has gone.
 void printLine(const std::string& text);
+
+// To standard output as it is. Throws like printLine.
+void printText(std::string_view text);
 
 // To standard error as it is; nothing is done when it cannot be written.
 void printNote(const std::string& text);

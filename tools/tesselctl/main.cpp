@@ -52,6 +52,9 @@ int main(int argc, char** argv) {
   tesselctl::addAcl(app, command);
   tesselctl::addLock(app, command);
   tesselctl::addProps(app, command);
+  CLI::App* trace = app.add_subcommand("trace", "Trace files");
+  trace->require_subcommand(1);
+  tesselctl::addTraceView(*trace, command);
   try {
     app.parse(argc, argv);
   } catch (const CLI::ParseError& outcome) {
