@@ -84,6 +84,12 @@ case_help_goes_to_standard_output_and_names_the_exit_codes() {
   contains out "--max-connections"
   run 0 ipc send --help
   contains out "--truncate"
+  run 0 secure --help
+  contains out "--everyone-write"
+  run 0 check --help
+  contains out "Guests, Users and Everyone"
+  run 0 acl --help
+  contains out "in their order"
 }
 
 case_version_shows_the_build_level() {
@@ -108,6 +114,14 @@ case_wrong_usage_exits_with_2() {
   error_line "--interval: Value -1 not in range 0 to 2147483647"
   run 2 ipc send name file other
   error_line "The following argument was not expected: other"
+  for command in secure check acl; do
+    run 2 "$command"
+    error_line "PATH is required"
+  done
+  run 2 acl file other
+  error_line "The following argument was not expected: other"
+  run 2 check file --unknown
+  error_line "The following argument was not expected: --unknown"
   equal "standard output" "" "$(cat "$work/out")"
 }
 
@@ -241,6 +255,67 @@ case_a_client_beyond_the_limit_is_dropped_and_the_first_one_served() {
   exec 7>&- 6<&-
   wait "$first" || fail "the first client failed"
   server_ends 0 "requests: 2, clients: 1"
+}
+
+# The mode bits show what Wine makes of an access list.
+modes() { stat -c %a "$@" | tr '\n' ' '; }
+
+case_secure_leaves_a_file_to_its_user_and_check_agrees() {
+  touch "$work/one" "$work/two"
+  chmod 644 "$work/one" "$work/two"
+  run 1 check "$work/one" "$work/none" "$work/two"
+  equal "standard output" "" "$(cat "$work/out")"
+  equal "reasons" "tesselctl: KTBNV0145E: The group 'Everyone' has access to '$work/one'." "$(sed -n 1p "$work/err")"
+  grep -qxE "tesselctl: KTBNV0139E: .* of '$work/none'\. System text: .+" "$work/err" || fail "the missing file"
+  equal "reasons" "tesselctl: KTBNV0145E: The group 'Everyone' has access to '$work/two'." "$(sed -n 3p "$work/err")"
+  run 0 secure "$work/one" "$work/two"
+  equal "standard output" "secured: $work/one"$'\n'"secured: $work/two" "$(cat "$work/out")"
+  equal "modes" "660 660 " "$(modes "$work/one" "$work/two")"
+  run 0 check "$work/one" "$work/two"
+  equal "standard output" "protected: $work/one"$'\n'"protected: $work/two" "$(cat "$work/out")"
+  equal "standard error" "" "$(cat "$work/err")"
+}
+
+case_secure_lets_in_whom_its_options_name() {
+  touch "$work/file"
+  run 0 secure "$work/file" --everyone-read
+  equal "mode" "664 " "$(modes "$work/file")"
+  run 0 secure "$work/file" --everyone-write
+  equal "mode" "662 " "$(modes "$work/file")"
+  run 0 secure "$work/file" --everyone-read --everyone-write
+  equal "mode" "666 " "$(modes "$work/file")"
+  run 0 secure "$work/file" --group-write
+  equal "mode" "664 " "$(modes "$work/file")"
+  run 0 secure "$work/file" --group-write --everyone-write
+  equal "mode" "666 " "$(modes "$work/file")"
+  run 1 check "$work/file"
+}
+
+case_secure_goes_on_after_a_failure() {
+  touch "$work/file"
+  chmod 644 "$work/file"
+  run 1 secure "$work/none" "$work/file"
+  equal "standard output" "secured: $work/file" "$(cat "$work/out")"
+  grep -qxE "tesselctl: KTBNV0031E: Unable to set the access control list of '$work/none'\. System text: .+" \
+    "$work/err" || fail "text of the failure"
+  equal "mode" "660 " "$(modes "$work/file")"
+}
+
+case_acl_prints_an_entry_on_each_line() {
+  mkdir "$work/folder"
+  touch "$work/file"
+  run 0 secure "$work/file" "$work/folder"
+  run 0 secure "$work/folder" --everyone-read
+  run 0 acl "$work/file"
+  equal "first line" "$work/file: 2 entries" "$(head -n 1 "$work/out")"
+  grep -qxE 'allow  NT AUTHORITY\\SYSTEM +0x001f01ff  full control \(here\)' "$work/out" || fail "the system's entry"
+  run 0 acl "$work/folder"
+  equal "first line" "$work/folder: 3 entries" "$(head -n 1 "$work/out")"
+  equal "lines" 4 "$(wc -l <"$work/out")"
+  grep -qxE 'allow  Everyone +0x001200a9  read, execute \(here, folders and files below\)' "$work/out" ||
+    fail "the entry of Everyone"
+  run 1 acl "$work/none"
+  grep -qxE "tesselctl: cannot read the access list of $work/none: .+" "$work/err" || fail "text of the failure"
 }
 
 case_failures_name_the_service_or_the_file() {
