@@ -1,33 +1,25 @@
 // File locks whose system calls fail.
-#include <windows.h>
-
 #include <gtest/gtest.h>
 
 #include <memory>
+#include <optional>
 
 #include <tessel/FileLock.h>
 #include <tessel/NYXException.h>
 #include <tessel/NYXUtils.h>
 
 #include "support/EventRecorder.h"
+#include "support/FileHooks.h"
 #include "support/Files.h"
 #include "support/Handles.h"
-#include "support/ImportHook.h"
 #include "support/TempFolder.h"
 #include "support/Thrown.h"
 
 namespace tessel::test {
 namespace {
 
-// A number without a text: the message shows the number itself.
-constexpr DWORD kRareError = 1234567;
-const std::string kRareText = "1234567";
-
-using CreateHook = ImportHook<"CreateFileA", decltype(CreateFileA)>;
-using WriteHook = ImportHook<"WriteFile", decltype(WriteFile)>;
 using EndHook = ImportHook<"SetEndOfFile", decltype(SetEndOfFile)>;
 using CloseHook = ImportHook<"CloseHandle", decltype(CloseHandle)>;
-using DeleteHook = ImportHook<"DeleteFileA", decltype(DeleteFileA)>;
 
 class FileLockFaults : public testing::Test {
  protected:
@@ -98,7 +90,7 @@ TEST_F(FileLockFaults, LockAndProcessNumberAreOpenedAlike) {
   ASSERT_EQ(calls.size(), 3U);
   EXPECT_EQ(calls[0].path, lock);
   EXPECT_EQ(calls[1].path, pid);
-  for (const int exclusive : {0, 1}) {
+  for (const std::size_t exclusive : {0U, 1U}) {
     EXPECT_EQ(calls[exclusive].access, 0x40000000U);
     EXPECT_EQ(calls[exclusive].sharing, 0U);
   }

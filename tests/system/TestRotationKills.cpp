@@ -123,11 +123,11 @@ void expectNothingLost(Where where, int step) {
 }
 
 TEST(RotationKills, LoseAtMostTheLineInFlight) {
-  setTestLimit(std::chrono::seconds(240));
+  setTestLimit(std::chrono::seconds(600));  // each round is a process
   const int inConstructor = stepsOf(Where::constructor);
   const int inPublish = stepsOf(Where::publish);
   EXPECT_GE(inPublish, 10);
-  EXPECT_GT(inConstructor, inPublish);
+  EXPECT_GE(inConstructor, 10);
   const int all = inConstructor + inPublish + 2;  // behind the last step, too
   for (int round = 0; round < kRounds && !HasFailure(); ++round) {
     const int step = round % all;

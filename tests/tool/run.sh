@@ -84,6 +84,12 @@ case_help_goes_to_standard_output_and_names_the_exit_codes() {
   contains out "--max-connections"
   run 0 ipc send --help
   contains out "--truncate"
+  run 0 secure --help
+  contains out "--everyone-write"
+  run 0 check --help
+  contains out "Guests, Users and Everyone"
+  run 0 acl --help
+  contains out "in their order"
 }
 
 case_version_shows_the_build_level() {
@@ -108,6 +114,14 @@ case_wrong_usage_exits_with_2() {
   error_line "--interval: Value -1 not in range 0 to 2147483647"
   run 2 ipc send name file other
   error_line "The following argument was not expected: other"
+  for command in secure check acl; do
+    run 2 "$command"
+    error_line "PATH is required"
+  done
+  run 2 acl file other
+  error_line "The following argument was not expected: other"
+  run 2 check file --unknown
+  error_line "The following argument was not expected: --unknown"
   equal "standard output" "" "$(cat "$work/out")"
 }
 
@@ -241,6 +255,67 @@ case_a_client_beyond_the_limit_is_dropped_and_the_first_one_served() {
   exec 7>&- 6<&-
   wait "$first" || fail "the first client failed"
   server_ends 0 "requests: 2, clients: 1"
+}
+
+# The mode bits show what Wine makes of an access list.
+modes() { stat -c %a "$@" | tr '\n' ' '; }
+
+case_secure_leaves_a_file_to_its_user_and_check_agrees() {
+  touch "$work/one" "$work/two"
+  chmod 644 "$work/one" "$work/two"
+  run 1 check "$work/one" "$work/none" "$work/two"
+  equal "standard output" "" "$(cat "$work/out")"
+  equal "reasons" "tesselctl: KTBNV0145E: The group 'Everyone' has access to '$work/one'." "$(sed -n 1p "$work/err")"
+  grep -qxE "tesselctl: KTBNV0139E: .* of '$work/none'\. System text: .+" "$work/err" || fail "the missing file"
+  equal "reasons" "tesselctl: KTBNV0145E: The group 'Everyone' has access to '$work/two'." "$(sed -n 3p "$work/err")"
+  run 0 secure "$work/one" "$work/two"
+  equal "standard output" "secured: $work/one"$'\n'"secured: $work/two" "$(cat "$work/out")"
+  equal "modes" "660 660 " "$(modes "$work/one" "$work/two")"
+  run 0 check "$work/one" "$work/two"
+  equal "standard output" "protected: $work/one"$'\n'"protected: $work/two" "$(cat "$work/out")"
+  equal "standard error" "" "$(cat "$work/err")"
+}
+
+case_secure_lets_in_whom_its_options_name() {
+  touch "$work/file"
+  run 0 secure "$work/file" --everyone-read
+  equal "mode" "664 " "$(modes "$work/file")"
+  run 0 secure "$work/file" --everyone-write
+  equal "mode" "662 " "$(modes "$work/file")"
+  run 0 secure "$work/file" --everyone-read --everyone-write
+  equal "mode" "666 " "$(modes "$work/file")"
+  run 0 secure "$work/file" --group-write
+  equal "mode" "664 " "$(modes "$work/file")"
+  run 0 secure "$work/file" --group-write --everyone-write
+  equal "mode" "666 " "$(modes "$work/file")"
+  run 1 check "$work/file"
+}
+
+case_secure_goes_on_after_a_failure() {
+  touch "$work/file"
+  chmod 644 "$work/file"
+  run 1 secure "$work/none" "$work/file"
+  equal "standard output" "secured: $work/file" "$(cat "$work/out")"
+  grep -qxE "tesselctl: KTBNV0031E: Unable to set the access control list of '$work/none'\. System text: .+" \
+    "$work/err" || fail "text of the failure"
+  equal "mode" "660 " "$(modes "$work/file")"
+}
+
+case_acl_prints_an_entry_on_each_line() {
+  mkdir "$work/folder"
+  touch "$work/file"
+  run 0 secure "$work/file" "$work/folder"
+  run 0 secure "$work/folder" --everyone-read
+  run 0 acl "$work/file"
+  equal "first line" "$work/file: 2 entries" "$(head -n 1 "$work/out")"
+  grep -qxE 'allow  NT AUTHORITY\\SYSTEM +0x001f01ff  full control \(here\)' "$work/out" || fail "the system's entry"
+  run 0 acl "$work/folder"
+  equal "first line" "$work/folder: 3 entries" "$(head -n 1 "$work/out")"
+  equal "lines" 4 "$(wc -l <"$work/out")"
+  grep -qxE 'allow  Everyone +0x001200a9  read, execute \(here, folders and files below\)' "$work/out" ||
+    fail "the entry of Everyone"
+  run 1 acl "$work/none"
+  grep -qxE "tesselctl: cannot read the access list of $work/none: .+" "$work/err" || fail "text of the failure"
 }
 
 case_failures_name_the_service_or_the_file() {
@@ -378,6 +453,50 @@ case_a_missing_catalogue_of_the_language_is_an_error_not_a_wait() {
   LC_ALL=fr_FR.UTF-8 KTB_PROD=Z:$work run 1 ipc send "$service" </dev/null
   error_line "the message catalogue of the user's language is missing: Z:$work/lib/messages/KTBNVMessages_fr.properties"
   LC_ALL=fr_FR.UTF-8 run 0 --version
+}
+
+# Each case has a lock file of its own; the command is the tool itself or the system's shell.
+case_lock_passes_the_exit_code_of_its_command_on() {
+  run 0 lock "$work/a.lck" -- cmd /c exit 0
+  run 7 lock "$work/a.lck" -- cmd /c exit 7
+  run 0 lock "$work/a.lck" -- "$folder/tesselctl.exe" --version
+  contains out "build level"
+  equal "standard error" "" "$(cat "$work/err")"
+}
+
+case_lock_excludes_other_holders_while_the_command_runs() {
+  local again=("$folder/tesselctl.exe" lock "$work/a.lck")
+  run 75 lock "$work/a.lck" -- "${again[@]}" -- cmd /c exit 0
+  error_line "the lock '$work/a.lck' is held already"
+  run 75 lock "$work/a.lck" -- "${again[@]}" --shared -- cmd /c exit 0
+  run 75 lock "$work/a.lck" --shared -- "${again[@]}" -- cmd /c exit 0
+  run 5 lock "$work/a.lck" --shared -- "${again[@]}" --shared -- cmd /c exit 5
+  run 0 lock "$work/a.lck" -- cmd /c exit 0
+}
+
+case_lock_shows_the_process_that_holds_it() {
+  run 75 lock "$work/a.lck" --pid -- "$folder/tesselctl.exe" lock "$work/a.lck" -- cmd /c exit 0
+  grep -qxE "tesselctl: the lock '$work/a.lck' is held already, by process [0-9]+" "$work/err" || fail "text"
+  equal "files left" "a.lck" "$(cd "$work" && ls -- *.lck *.pid 2>/dev/null)"
+}
+
+case_lock_hands_the_arguments_on_as_they_are() {
+  run 1 lock "$work/a.lck" -- "$folder/tesselctl.exe" lock 'none/a "b" c\\' -- 'x y'
+  contains err "KTBNV0057E: Unable to lock the file 'none/a \"b\" c\\\\'. "
+  run 2 lock "$work/a.lck" -- "$folder/tesselctl.exe" ipc send name '' 'other one'
+  error_line "The following argument was not expected: other one"
+}
+
+case_lock_reports_what_it_cannot_lock_or_start() {
+  run 1 lock "$work/none/a.lck" -- cmd /c exit 0
+  contains err "tesselctl: KTBNV0057E: Unable to lock the file '$work/none/a.lck'. System text: "
+  run 1 lock "$work/a.lck" --pid -- no-such-program
+  contains err "tesselctl: cannot start 'no-such-program': "
+  equal "files left" "a.lck" "$(cd "$work" && ls -- *.lck *.pid 2>/dev/null)"
+  run 2 lock "$work/a.lck"
+  error_line "COMMAND is required"
+  run 2 lock "$work/a.lck" --shared --pid -- cmd
+  contains err "excludes"
 }
 
 case_progress_is_drawn_on_a_terminal_only() {

@@ -54,7 +54,12 @@ std::string commandLine(const std::vector<std::string>& words) {
   std::string line;
   for (const std::string& word : words) {
     if (!line.empty()) line += ' ';
-    appendQuoted(line, word);
+    // Only where it must be: not every program reads quotation marks as these rules have it.
+    if (word.empty() || word.find_first_of(" \t\"") != std::string::npos) {
+      appendQuoted(line, word);
+    } else {
+      line += word;
+    }
   }
   return line;
 }

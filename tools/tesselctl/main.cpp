@@ -47,6 +47,9 @@ int main(int argc, char** argv) {
   ipc->require_subcommand(1);
   tesselctl::addIpcServe(*ipc, command);
   tesselctl::addIpcSend(*ipc, command);
+  tesselctl::addSecure(app, command);
+  tesselctl::addCheck(app, command);
+  tesselctl::addAcl(app, command);
   tesselctl::addLock(app, command);
   tesselctl::addProps(app, command);
   try {

@@ -9,7 +9,7 @@ namespace {
 // A sound descriptor aligns its parts, this one may not.
 template <class T>
 T copyAt(const void* place) {
-  T value;
+  T value{};
   std::memcpy(&value, place, sizeof value);
   return value;
 }
@@ -43,7 +43,7 @@ bool DescriptorReader::findList() {
   if (!present || !list) return true;
   const std::size_t room = roomBehind(list, block_, size_);
   if (room < sizeof(ACL)) return refuse(ERROR_INVALID_ACL);
-  const ACL header = copyAt<ACL>(list);
+  const auto header = copyAt<ACL>(list);
   if (room < header.AclSize) return refuse(ERROR_INVALID_ACL);
   list_ = reinterpret_cast<const std::byte*>(list);
   listSize_ = header.AclSize;
@@ -68,7 +68,7 @@ EntryRead DescriptorReader::next(AccessEntry& entry) {
 bool DescriptorReader::readEntry(const std::byte* ace, AccessEntry& entry) const {
   const std::size_t room = roomBehind(ace, list_, listSize_);
   if (room < sizeof(ACE_HEADER)) return refuse(ERROR_INVALID_ACL);
-  const ACE_HEADER header = copyAt<ACE_HEADER>(ace);
+  const auto header = copyAt<ACE_HEADER>(ace);
   if (header.AceSize < sizeof header || header.AceSize > room) return refuse(ERROR_INVALID_ACL);
   entry = {header.AceType, header.AceFlags, 0, nullptr};
   const bool hasPrincipal = header.AceType == ACCESS_ALLOWED_ACE_TYPE || header.AceType == ACCESS_DENIED_ACE_TYPE;

@@ -71,7 +71,7 @@ using UniqueSid = std::unique_ptr<void, SidDeleter>;
 struct HeapDeleter {
   void operator()(const void* block) const noexcept {
     const KeepLastError keep;
-    std::free(const_cast<void*>(block));
+    std::free(const_cast<void*>(block));  // NOLINT(cppcoreguidelines-no-malloc): this is the owner
   }
 };
 using UniqueHeapBlock = std::unique_ptr<const void, HeapDeleter>;

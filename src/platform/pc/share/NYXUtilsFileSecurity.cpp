@@ -138,6 +138,7 @@ const void* NYXUtils::getSecurityDescriptor(std::string path) {
     throw trace.failure<FilePermissionsException>("KTBNV0140_GETFILESECURITY_ERROR", path);
   }
   if (GetLastError() != ERROR_INSUFFICIENT_BUFFER) throw failure("KTBNV0139_GETFILESECURITY_ERROR");
+  // NOLINTNEXTLINE(cppcoreguidelines-no-malloc): the caller releases it with free
   internal::UniqueHeapBlock block(std::calloc(1, size));
   if (!block) throw std::bad_alloc();
   if (!GetFileSecurityA(path.c_str(), DACL_SECURITY_INFORMATION, const_cast<void*>(block.get()), size, &size)) {
