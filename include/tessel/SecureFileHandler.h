@@ -78,6 +78,7 @@ class TESSEL_API SecureFileHandler {
   std::string convertToUtf8(unsigned int codePoint);
 
  private:
+  friend struct UniqueNumberTest;
   struct Failure;
 
   // Has taken nothing yet.
@@ -87,9 +88,9 @@ class TESSEL_API SecureFileHandler {
 
   static std::string getfileName(const std::string& pattern, int generation, long unique);
 
-  long chooseUnique(const std::string& pattern, int generation);
+  long chooseUnique(const std::string& pattern, int generation, long end);
   bool lock(const std::string& file);
-  bool openFirst(bool append, Failure& failure);
+  void openFirst(bool append, Failure& failure);
   bool open(internal::FileContent content, Failure& failure);
   void noteFailure(Failure& failure) const;
   void restrict(bool check);

@@ -1,6 +1,7 @@
 #include <tessel/SecureFileHandler.h>
 
 #include <algorithm>
+#include <limits>
 
 #include <tessel/FileLock.h>
 #include <tessel/LogRecord.h>
@@ -16,7 +17,6 @@
 #include "internal/LineFile.h"
 #include "internal/MethodTrace.h"
 #include "internal/UnicodeEscapes.h"
-#include "internal/UniqueNumber.h"
 
 namespace tessel {
 
@@ -27,17 +27,23 @@ using internal::MethodTrace;
 
 const RasDescriptor SecureFileHandler::rd("SecureFileHandler", internal::kMessages);
 
+namespace {
+
+constexpr long kNoUniqueNumber = std::numeric_limits<int>::max();
+
+}  // namespace
+
 // What went wrong, to be thrown when the lock is no longer held: formatting may capture a failure, and a capture may
 // have to wait for this handler.
 struct SecureFileHandler::Failure {
-  const char* key = nullptr;  // null when nothing has
-  std::string from;
-  std::string to;  // of a rename
+  std::string file;    // empty when nothing has
+  std::string target;  // of a rename
   LastError error{0};
 
-  NYXIOException exception(const MethodTrace& trace) const {
-    return to.empty() ? trace.failure<NYXIOException>(key, from, error.text())
-                      : trace.failure<NYXIOException>(key, from, to, error.text());
+  void throwIfAny(const MethodTrace& trace) const {
+    if (file.empty()) return;
+    if (!target.empty()) throw trace.failure<NYXIOException>("KTBNV0056_RENAME_FAILED", file, target, error.text());
+    throw trace.failure<NYXIOException>("KTBNV0054_UNABLE_TO_OPEN_FILE", file, error.text());
   }
 };
 
@@ -54,11 +60,12 @@ SecureFileHandler::SecureFileHandler(const std::string& pattern, int limit, int 
                                      int generation)
     : SecureFileHandler(limit, count, canRead) {
   const MethodTrace trace(rd, this, "SecureFileHandler", pattern, limit, count, append, canRead);
-  const long unique = chooseUnique(pattern, generation);
+  const long unique = chooseUnique(pattern, generation, kNoUniqueNumber);
   files_.push_back(getfileName(pattern, generation, unique));
   for (int i = 1; i < count_; ++i) files_.push_back(getfileName(pattern, i, unique));
   Failure failure;
-  if (!openFirst(append, failure)) throw failure.exception(trace);
+  openFirst(append, failure);
+  failure.throwIfAny(trace);
   restrict(false);
 }
 
@@ -73,21 +80,18 @@ std::string SecureFileHandler::getfileName(const std::string& pattern, int gener
   return unique > 0 ? name + '.' + std::to_string(unique) : name;
 }
 
-long SecureFileHandler::chooseUnique(const std::string& pattern, int generation) {
+long SecureFileHandler::chooseUnique(const std::string& pattern, int generation, long end) {
   MethodTrace trace(rd, this, "chooseUnique", pattern, generation);
   const std::string parent = NYXUtils::getParent(getfileName(pattern, generation, 0));
   if (NYXUtils::mkdirs(parent, canRead_) != 0) {
     const LastError error;
     throw trace.failure<NYXIOException>("KTBNV0051_MKDIR_FAILED", parent, error.text());
   }
-  const long unique = internal::firstUsable([&](long number) {
-    const std::string file = getfileName(pattern, generation, number);
-    return (!internal::fileExists(file) || internal::canAppend(file)) && lock(file);
-  });
-  if (unique == internal::kNoUniqueNumber) {
-    throw trace.failure<NYXIOException>("KTBNV0055_UNABLE_TO_CREATE_FILE", pattern);
+  for (long unique = 0; unique < end; ++unique) {
+    const std::string file = getfileName(pattern, generation, unique);
+    if ((!internal::fileExists(file) || internal::canAppend(file)) && lock(file)) return trace.result(unique);
   }
-  return trace.result(unique);
+  throw trace.failure<NYXIOException>("KTBNV0055_UNABLE_TO_CREATE_FILE", pattern);
 }
 
 // Returns false when another process has the file.
@@ -110,21 +114,20 @@ bool SecureFileHandler::lock(const std::string& file) {
   return true;
 }
 
-bool SecureFileHandler::openFirst(bool append, Failure& failure) {
+void SecureFileHandler::openFirst(bool append, Failure& failure) {
   const bool exists = internal::fileExists(files_[0]);
   if (exists && append) {
-    if (!open(FileContent::kept, failure)) return false;
-    if (out_->size(true) < limit_) return true;
+    if (!open(FileContent::kept, failure) || out_->size(true) < limit_) return;
     out_->close();
   }
-  if (exists && !rotateFile(failure)) return false;
-  return open(append ? FileContent::kept : FileContent::emptied, failure);
+  if (exists && !rotateFile(failure)) return;
+  open(append ? FileContent::kept : FileContent::emptied, failure);
 }
 
 // To be called at once after a call of the system has failed.
 void SecureFileHandler::noteFailure(Failure& failure) const {
   const LastError error;
-  failure = {"KTBNV0054_UNABLE_TO_OPEN_FILE", files_[0], {}, error};
+  failure = {files_[0], {}, error};
 }
 
 bool SecureFileHandler::open(FileContent content, Failure& failure) {
@@ -160,7 +163,7 @@ bool SecureFileHandler::rotateFile(Failure& failure) const {
     const std::string& from = files_[i - 1];
     if (from == files_[i] || internal::renameFile(from, files_[i]) != internal::Renamed::failed) continue;
     const LastError error;
-    failure = {"KTBNV0056_RENAME_FAILED", from, files_[i], error};
+    failure = {from, files_[i], error};
     return false;
   }
   return true;
@@ -202,7 +205,7 @@ void SecureFileHandler::publish(const std::string& text) {
   Failure failure;
   const bool escaped = internal::containsByte(text, '\\') && text.find("\\u") != std::string::npos;
   writeLine(escaped ? getUtf8EncodedString(text) : text, failure);
-  if (failure.key) throw failure.exception(trace);
+  failure.throwIfAny(trace);
 }
 
 void SecureFileHandler::publish(const LogRecord& record) {

@@ -33,7 +33,8 @@ inline const std::filesystem::path& logDirectory() {
 struct DiagnosticsOptions {
   RASEnvironment environment = RASEnvironment::DAEMON;
   std::string prefix;
-  int limit = 1 << 20;
+  int eventLimit = 1 << 20;
+  int traceLimit = 1 << 20;
   int count = 3;
 };
 
@@ -51,11 +52,12 @@ class Diagnostics {
   // Again, as a process could.
   void initialize() const {
     logDirectory();
-    RAS::initialize(options_.environment, properties("event"), properties("trace"), options_.prefix);
+    RAS::initialize(options_.environment, properties("event", options_.eventLimit),
+                    properties("trace", options_.traceLimit), options_.prefix);
   }
 
-  LogFileProperties properties(const std::string& name) const {
-    return {(folder() / (name + "%g.log")).string(), options_.limit, options_.count, true, false};
+  LogFileProperties properties(const std::string& name, int limit) const {
+    return {(folder() / (name + "%g.log")).string(), limit, options_.count, true, false};
   }
 
   const std::filesystem::path& folder() const { return folder_.path(); }

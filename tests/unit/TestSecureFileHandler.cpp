@@ -13,6 +13,13 @@
 #include "support/TraceScope.h"
 
 namespace tessel {
+
+struct UniqueNumberTest {
+  static long choose(SecureFileHandler& handler, const std::string& pattern, long end) {
+    return handler.chooseUnique(pattern, 0, end);
+  }
+};
+
 namespace {
 
 using test::HandlerOptions;
@@ -232,6 +239,15 @@ TEST_F(SecureFileHandlerTest, PassesOverANameThatIsADirectory) {
   std::filesystem::create_directory(folder.path("t0.log"));
   folder.open()->publish("line");
   EXPECT_EQ(folder.bytes("t0.log.1"), "line\r\n");
+}
+
+TEST_F(SecureFileHandlerTest, GivesUpWhenNoNameIsUsable) {
+  const auto handler = folder.open();
+  const std::string pattern = folder.path("u%g");
+  for (const char* name : {"u0", "u0.1", "u0.2"}) std::filesystem::create_directory(folder.path(name));
+  EXPECT_EQ(thrownBy<NYXIOException>([&] { UniqueNumberTest::choose(*handler, pattern, 3); }),
+            messageText("KTBNV0055_UNABLE_TO_CREATE_FILE", pattern));
+  EXPECT_EQ(UniqueNumberTest::choose(*handler, pattern, 4), 3);
 }
 
 TEST_F(SecureFileHandlerTest, TracesALockThatIsHeld) {
