@@ -228,7 +228,10 @@ void SecureFileHandler::close() {
   if (!left.empty()) trace.data(TraceLevel::MODERATE, "Failed to delete file: " + left);
 }
 
-std::string SecureFileHandler::getUtf8EncodedString(std::string text) { return internal::withoutEscapes(text); }
+std::string SecureFileHandler::getUtf8EncodedString(std::string text) {
+  if (text.find("\\u") == std::string::npos) return text;
+  return internal::withoutEscapes(text);
+}
 
 std::string SecureFileHandler::convertToUtf8(unsigned int codePoint) {
   std::string text;
