@@ -89,7 +89,10 @@ long SecureFileHandler::chooseUnique(const std::string& pattern, int generation,
   }
   for (long unique = 0; unique < end; ++unique) {
     const std::string file = getfileName(pattern, generation, unique);
-    if ((!internal::fileExists(file) || internal::canAppend(file)) && lock(file)) return trace.result(unique);
+    // The lock comes first: a look at a file that another process is rotating would make its rename fail.
+    if (!lock(file)) continue;
+    if (!internal::fileExists(file) || internal::canAppend(file)) return trace.result(unique);
+    close();
   }
   throw trace.failure<NYXIOException>("KTBNV0055_UNABLE_TO_CREATE_FILE", pattern);
 }

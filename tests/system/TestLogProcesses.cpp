@@ -1,9 +1,13 @@
 // Several processes that write to the same pattern.
 #include <gtest/gtest.h>
 
+#include <functional>
+#include <iostream>
 #include <map>
 #include <memory>
 #include <sstream>
+
+#include <tessel/NYXException.h>
 
 #include "support/ChildProcess.h"
 #include "support/LogFolder.h"
@@ -40,15 +44,27 @@ void writeLines(SecureFileHandler& handler, const std::string& who, int first, i
   for (int i = first; i < first + count; ++i) handler.publish(who + ' ' + std::to_string(i) + " the rest of the line");
 }
 
+// The exit code of a child: a failure is told on standard error.
+int reported(const std::function<int()>& body) {
+  try {
+    return body();
+  } catch (const NYXException& exception) {
+    std::cerr << exception.getMessage() << std::endl;
+    return 2;
+  }
+}
+
 // Opens the file and waits until all the others have theirs.
 const ChildRegistration together("logs-together", [] {
   const Task task = Task::own();
   NamedEvent start(task.startName());
-  SecureFileHandler handler(task.pattern, kLimit, kCount, true, false, 0);
-  NamedEvent(task.readyName()).set();
-  if (!start.wait()) return 1;
-  writeLines(handler, task.who, 0, kLines);
-  return 0;
+  return reported([&] {
+    SecureFileHandler handler(task.pattern, kLimit, kCount, true, false, 0);
+    NamedEvent(task.readyName()).set();
+    if (!start.wait()) return 1;
+    writeLines(handler, task.who, 0, kLines);
+    return 0;
+  });
 });
 
 // Comes and goes while the others do.
@@ -57,11 +73,13 @@ const ChildRegistration inTurns("logs-in-turns", [] {
   NamedEvent start(task.startName());
   NamedEvent(task.readyName()).set();
   if (!start.wait()) return 1;
-  for (int turn = 0; turn < kTurns; ++turn) {
-    SecureFileHandler handler(task.pattern, kLimit, kCount, true, false, 0);
-    writeLines(handler, task.who, turn * kLinesOfATurn, kLinesOfATurn);
-  }
-  return 0;
+  return reported([&task] {
+    for (int turn = 0; turn < kTurns; ++turn) {
+      SecureFileHandler handler(task.pattern, kLimit, kCount, true, false, 0);
+      writeLines(handler, task.who, turn * kLinesOfATurn, kLinesOfATurn);
+    }
+    return 0;
+  });
 });
 
 class LogProcesses : public testing::TestWithParam<int> {
