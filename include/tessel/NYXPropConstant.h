@@ -35,7 +35,7 @@ class TESSEL_API NYXPropConstant {
   const NativePropertyItem tesselQueueManagerHost;   ///< tessel.queue.manager.host
   const NativePropertyItem outputLogFiles;           ///< outputLogFiles: generations of the event log, 5, from 1
   const NativePropertyItem outputLogSize;            ///< outputLogSize: size of each in MB, 1, from 1
-  const NativePropertyItem trace;                    ///< trace: the specification to start with
+  const NativePropertyItem trace;                    ///< trace: the trace specification to start with
   const NativePropertyItem traceFiles;               ///< traceFiles: generations of the trace, 5, from 1
   const NativePropertyItem traceSize;                ///< traceSize: size of each in MB, 20, from 1
   const NativePropertyItem adminGroup;               ///< adminGroup
