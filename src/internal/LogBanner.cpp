@@ -17,7 +17,9 @@ const RasDescriptor& elements() {
 
 std::string propertyLines(const LogFileProperties& properties) {
   std::string lines;
-  for (const auto& [key, value] : properties.getApplicationProperties()) lines += key + "=" + value + "\n";
+  for (const auto& [key, value] : properties.getApplicationProperties()) {
+    lines.append(key).append("=").append(value).append("\n");
+  }
   return lines;
 }
 

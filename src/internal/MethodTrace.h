@@ -93,8 +93,8 @@ class MethodTrace {
   // A method whose entry was taken; on the heap until it leaves.
   struct Call {
     const RasDescriptor& rd;
-    const void* object;
-    const char* method;
+    const void* object = nullptr;
+    const char* method = nullptr;
     std::optional<std::string> result;
     const char* resultType = "";
   };
