@@ -9,7 +9,7 @@ namespace tessel::internal {
 
 template <std::size_t Width>
 void appendHex(std::string& text, std::uint64_t value, const char* digits = "0123456789abcdef") {
-  std::array<char, Width> shown;
+  std::array<char, Width> shown{};
   for (std::size_t i = Width; i-- > 0; value >>= 4) shown[i] = digits[value & 0xF];
   text.append(shown.data(), Width);
 }
@@ -17,7 +17,7 @@ void appendHex(std::string& text, std::uint64_t value, const char* digits = "012
 // With leading zeros; a larger number takes the width it needs.
 template <std::size_t Width>
 void appendDecimal(std::string& text, std::uint64_t value) {
-  std::array<char, Width> shown;
+  std::array<char, Width> shown{};
   std::uint64_t rest = value;
   for (std::size_t i = Width; i-- > 0; rest /= 10) shown[i] = static_cast<char>('0' + rest % 10);
   if (rest == 0) {
