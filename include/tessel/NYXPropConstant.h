@@ -13,6 +13,7 @@ namespace tessel {
 /// NativeProperties::getPropertyAsString() and its relatives.
 ///
 /// Immutable; any thread. Integers without a lower bound in their comment accept the full 32-bit range.
+// NOLINTNEXTLINE(cppcoreguidelines-virtual-class-destructor): only deleteInstance ends the instance
 class TESSEL_API NYXPropConstant {
  public:
   /// @return the one instance, made on first use. Valid until deleteInstance().
