@@ -57,7 +57,7 @@ class TESSEL_API NYXUtils {
   /// Makes the directory and each parent that is missing. Those that it makes get the access list of
   /// mkpriv(dir, everyoneAccess, everyoneAccess), those that exist keep theirs.
   /// @return 0 when the directory exists now, as it does for the empty path; -1 otherwise. Directories that were made
-  ///         before the failure stay.
+  ///         before the failure stay, and the thread's last error tells why, with trace on too.
   /// @throws NYXIOException what mkpriv throws.
   static int mkdirs(const std::string& path, bool everyoneAccess);
 

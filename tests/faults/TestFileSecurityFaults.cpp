@@ -12,8 +12,10 @@
 #include "faults/FileSecurityHooks.h"
 #include "support/Handles.h"
 #include "support/PipePeers.h"
+#include "support/RecordingHandler.h"
 #include "support/TempFolder.h"
 #include "support/Thrown.h"
+#include "support/TraceScope.h"
 
 namespace tessel::test {
 namespace {
@@ -194,6 +196,31 @@ TEST_F(FileSecurityFaults, ParentsThatWereMadeBeforeAFailureStay) {
   EXPECT_EQ(hook.calls(), 3U);
   EXPECT_TRUE(std::filesystem::is_directory(first));
   hook.passOn();
+}
+
+// As a handler that writes a file does.
+class ChangesTheLastError : public RecordingHandler {
+ public:
+  using RecordingHandler::RecordingHandler;
+  void publish(LogRecord& record) override {
+    RecordingHandler::publish(record);
+    SetLastError(NO_ERROR);
+  }
+};
+
+TEST_F(FileSecurityFaults, TheReasonOfADirectoryThatCannotBeMadeSurvivesItsTrace) {
+  ChangesTheLastError handler("NYXUtils");
+  const TraceScope trace("NYXUtils");
+  CreateHook hook;
+  hook.replaceWith([](LPCSTR path, SECURITY_ATTRIBUTES*) -> BOOL {
+    SetLastError(path == std::string("a") ? kRare : ERROR_PATH_NOT_FOUND);
+    return FALSE;
+  });
+  EXPECT_EQ(NYXUtils::mkdirs("a", false), -1);
+  EXPECT_EQ(GetLastError(), kRare);
+  EXPECT_EQ(NYXUtils::mkdirs("a\\b", false), -1);
+  EXPECT_EQ(GetLastError(), kRare);
+  EXPECT_FALSE(handler.records().empty());
 }
 
 // "a\b" once, "a" twice: its parent, the empty path, is there.

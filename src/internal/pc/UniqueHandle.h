@@ -21,6 +21,25 @@ class KeepLastError {
   DWORD number_;
 };
 
+// Declared before a method's trace, it lets the caller find the number of the call that failed, whatever the trace of
+// the exit does to it.
+class LeaveLastError {
+ public:
+  LeaveLastError() noexcept = default;
+  ~LeaveLastError() {
+    if (number_ != NO_ERROR) SetLastError(number_);
+  }
+  LeaveLastError(const LeaveLastError&) = delete;
+  LeaveLastError& operator=(const LeaveLastError&) = delete;
+
+  // Takes the thread's number now.
+  void take() noexcept { number_ = GetLastError(); }
+  DWORD number() const noexcept { return number_; }
+
+ private:
+  DWORD number_ = NO_ERROR;
+};
+
 // A kernel handle; empty for null and for the invalid handle, whichever the system call uses.
 class UniqueHandle {
  public:

@@ -79,6 +79,7 @@ void NYXUtils::chmod(const std::string& path, int mode) {
 
 int NYXUtils::mkdirs(const std::string& path, bool everyoneAccess) {
   constexpr int kFailed = -1;
+  internal::LeaveLastError failure;
   MethodTrace trace(rd, nullptr, "mkdirs", path, everyoneAccess);
   if (path.empty()) return trace.result(0);
   // Twice at most: a drive that does not exist is not found however often its directories are made.
@@ -87,10 +88,13 @@ int NYXUtils::mkdirs(const std::string& path, bool everyoneAccess) {
       mkpriv(path, everyoneAccess, everyoneAccess);
       return trace.result(0);
     }
-    const LastError error;
-    if (error.number() == ERROR_ALREADY_EXISTS) return trace.result(internal::isDirectory(path) ? 0 : kFailed);
-    if (error.number() != ERROR_PATH_NOT_FOUND || parentMade) break;
-    if (mkdirs(getParent(path), everyoneAccess) != 0) break;
+    failure.take();
+    if (failure.number() == ERROR_ALREADY_EXISTS) return trace.result(internal::isDirectory(path) ? 0 : kFailed);
+    if (failure.number() != ERROR_PATH_NOT_FOUND || parentMade) break;
+    if (mkdirs(getParent(path), everyoneAccess) != 0) {
+      failure.take();
+      break;
+    }
   }
   return trace.result(kFailed);
 }
