@@ -38,9 +38,14 @@ class TESSEL_API IPCClient : public IPC {
   /// @param message the request; the reply's id is the server's business.
   /// @return the reply; the default message (id -1) when the server was lost while its reply was awaited.
   /// @throws NYXException KTBNV0062 when not connected, KTBNV0063 when the request cannot be sent, KTBNV0064 when
-  ///         the reply cannot be read or the server was lost before, and what the parsing constructor of IPCMessage
-  ///         throws.
+  ///         the reply cannot be read, the server was lost before or the exchange was cancelled, and what the parsing
+  ///         constructor of IPCMessage throws.
   virtual IPCMessage sendMessage(const IPCMessage& message, long timeoutMillis) = 0;
+
+  /// Ends the exchange that another thread has under way: its sendMessage() throws KTBNV0064 within 100 milliseconds
+  /// unless the reply is there already. Further exchanges fail with KTBNV0062 until the client was disconnected and
+  /// connected again. Any thread; the only member that may be called while another one runs.
+  virtual void cancel() = 0;
 
  protected:
   /// As newInstance().

@@ -1,6 +1,7 @@
 /// @file
 #pragma once
 
+#include <atomic>
 #include <string>
 
 #include <tessel/IPCClient.h>
@@ -25,6 +26,7 @@ class TESSEL_API IPCClientImpl : public IPCClient {
   void connect() override;
   void disconnect() override;
   IPCMessage sendMessage(const IPCMessage& message, long timeoutMillis) override;
+  void cancel() override;
 
   /// @param milliseconds how long connect() waits for a busy pipe; 20000 unless set.
   void setBusyWait(unsigned long milliseconds);
@@ -39,11 +41,14 @@ class TESSEL_API IPCClientImpl : public IPCClient {
   void readPart(Reply& reply, void* event, unsigned long interval);
   void expectTotal(Reply& reply) const;
   unsigned long poll(_OVERLAPPED& overlapped, unsigned long interval) const;
+  bool sleep(unsigned long milliseconds) const;
+  void cancelRead(_OVERLAPPED& overlapped) const;
 
   static const RasDescriptor rd;
 
   void* pipeHandle_ = nullptr;
   unsigned long busyWait_;
+  std::atomic<bool> cancelled_{false};
 };
 
 }  // namespace tessel

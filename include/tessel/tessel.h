@@ -26,6 +26,7 @@
 #include <tessel/JNIEnvWrapper.h>
 #include <tessel/JNITypes.h>
 #include <tessel/JNIUtils.h>
+#include <tessel/JavaCallbackIPCListener.h>
 #include <tessel/LogFileProperties.h>
 #include <tessel/LogHandler.h>
 #include <tessel/LogLevel.h>

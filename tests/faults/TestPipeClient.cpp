@@ -2,6 +2,7 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <utility>
 #include <vector>
 
 #include <tessel/IPCNotFoundException.h>
@@ -221,7 +222,7 @@ TEST_F(PipeClient, TracesTheEndOfFile) {
   EXPECT_EQ(recorder.traced("ERROR_HANDLE_EOF"), 1);
 }
 
-// A read that stays pending: what the polls find, and how long the client sleeps before each.
+// A read that stays pending: what the polls find, and how long the client sleeps, all in all, before each.
 class PendingRead {
  public:
   // An error for each poll; NO_ERROR completes the read with the reply.
@@ -229,10 +230,12 @@ class PendingRead {
     const DWORD self = GetCurrentThreadId();
     sleep_.replaceWith([this, self](DWORD milliseconds) {
       if (GetCurrentThreadId() != self) return sleep_.callOriginal(milliseconds);
-      sleeps_.push_back(milliseconds);
+      slept_ += milliseconds;
+      longest_ = std::max(longest_, milliseconds);
     });
     result_.replaceWith([this, errors, reply](HANDLE, OVERLAPPED*, DWORD* length, BOOL wait) -> BOOL {
       EXPECT_FALSE(wait);
+      sleeps_.push_back(std::exchange(slept_, 0));
       const DWORD error = errors.at(result_.calls() - 1);
       *length = error == NO_ERROR ? static_cast<DWORD>(reply.size()) : 0;
       if (error == NO_ERROR) std::copy(reply.begin(), reply.end(), reads_.buffer());
@@ -242,12 +245,15 @@ class PendingRead {
   }
 
   const std::vector<DWORD>& sleeps() const { return sleeps_; }
+  DWORD longestSleep() const { return longest_; }
 
  private:
   ReadsOfThisThread reads_{{ERROR_IO_PENDING}};
   OverlappedResultHook result_;
   SleepHook sleep_;
   std::vector<DWORD> sleeps_;
+  DWORD slept_ = 0;
+  DWORD longest_ = 0;
 };
 
 TEST_F(PipeClient, SleepsForTheIntervalBeforeEachPoll) {
@@ -255,6 +261,7 @@ TEST_F(PipeClient, SleepsForTheIntervalBeforeEachPoll) {
   const PendingRead read({ERROR_IO_INCOMPLETE, ERROR_IO_INCOMPLETE, NO_ERROR}, wireMessage(7, 0, "after 12 seconds"));
   EXPECT_EQ(shown(ask(5000)), "IPCMessage id:7 status:0 text :after 12 seconds");
   EXPECT_EQ(read.sleeps(), (std::vector<DWORD>{5000, 5000, 5000}));
+  EXPECT_EQ(read.longestSleep(), 100U);
 }
 
 TEST_F(PipeClient, PollsEveryMillisecondWithoutAnInterval) {

@@ -2,11 +2,13 @@
 #include <gtest/gtest.h>
 
 #include <functional>
+#include <future>
 #include <thread>
 
 #include <tessel/NYXException.h>
 #include <tessel/NYXMessageTooShortException.h>
 
+#include "support/EchoListener.h"
 #include "support/Event.h"
 #include "support/EventRecorder.h"
 #include "support/PipePeers.h"
@@ -156,6 +158,41 @@ TEST(ForeignServers, MayLeaveBeforeTheRequest) {
   ASSERT_TRUE(closed.wait());
   EXPECT_EQ(thrownBy<NYXException>([&] { client.ask(1, "x"); }),
             messageText("KTBNV0063_WRITE_FAILED", server.name(), systemText(ERROR_NO_DATA)));
+}
+
+// The server takes the request and never answers; the read is under way or about to be.
+void expectCancelled(long interval) {
+  Event asked;
+  Event cancelled;
+  ForeignServer server([&](RawServer& pipe) {
+    pipe.read();
+    asked.set();
+    cancelled.wait();
+  });
+  TestClient client(server.name());
+  std::future<std::string> failure = std::async(std::launch::async, [&] {
+    return thrownBy<NYXException>([&] { client->sendMessage(IPCMessage(1, "x"), interval); });
+  });
+  ASSERT_TRUE(asked.wait());
+  client->cancel();
+  EXPECT_EQ(failure.get(), messageText("KTBNV0064_READ_FAILED", server.name(), systemText(ERROR_OPERATION_ABORTED)));
+  EXPECT_EQ(thrownBy<NYXException>([&] { client.ask(2, "y"); }), messageText("KTBNV0062_NOT_CONNECTED"));
+  cancelled.set();
+}
+
+TEST(ForeignServers, LoseAClientWhoseExchangeIsCancelled) { expectCancelled(-1); }
+
+// Were the interval slept through, the watchdog would speak.
+TEST(ForeignServers, LoseAClientWhoseExchangeIsCancelledWithinALongInterval) { expectCancelled(86400000); }
+
+TEST(ForeignServers, AreAskedAgainByACancelledClientThatConnectsAgain) {
+  EchoListener listener;
+  const TestServer server(listener);
+  TestClient client(server.name());
+  client->cancel();
+  client->disconnect();
+  client->connect();
+  EXPECT_EQ(client.ask(1, "again").getMessageText(), "again");
 }
 
 }  // namespace

@@ -1,5 +1,6 @@
 #include <tessel/IPCClientImpl.h>
 
+#include <algorithm>
 #include <array>
 
 #include <tessel/IPCNotFoundException.h>
@@ -25,6 +26,7 @@ constexpr DWORD kBusyWait = 20000;
 constexpr DWORD kHeader = 20;
 constexpr DWORD kTextLengthOffset = 16;
 constexpr int kLooks = 64;
+constexpr unsigned long kLongestSleep = 100;  // ms until a cancelled exchange is noticed
 
 }  // namespace
 
@@ -101,11 +103,17 @@ void IPCClientImpl::disconnect() {
   }
   internal::UniqueHandle(pipeHandle_).reset();
   pipeHandle_ = nullptr;
+  cancelled_ = false;
+}
+
+void IPCClientImpl::cancel() {
+  const MethodTrace trace(rd, this, "cancel");
+  cancelled_ = true;
 }
 
 IPCMessage IPCClientImpl::sendMessage(const IPCMessage& message, long timeoutMillis) {
   MethodTrace trace(rd, this, "sendMessage", message, timeoutMillis);
-  if (!pipeHandle_) throw trace.failure<NYXException>("KTBNV0062_NOT_CONNECTED");
+  if (!pipeHandle_ || cancelled_) throw trace.failure<NYXException>("KTBNV0062_NOT_CONNECTED");
   const long interval = timeoutMillis < 0 ? 1 : timeoutMillis;
   trace.data(TraceLevel::MODERATE, "Timeout changed to ", interval);
   send(message);
@@ -181,12 +189,32 @@ void IPCClientImpl::expectTotal(Reply& reply) const {
   trace.data(TraceLevel::MODERATE, "Total message Length", reply.expected);
 }
 
+// In parts, so that a long interval does not hold up a thread whose exchange was cancelled; false when it was.
+bool IPCClientImpl::sleep(unsigned long milliseconds) const {
+  do {
+    const unsigned long part = std::min(milliseconds, kLongestSleep);
+    Sleep(part);
+    milliseconds -= part;
+  } while (milliseconds > 0 && !cancelled_);
+  return !cancelled_;
+}
+
+// Waits for the read to end, since it writes to its buffer until then.
+void IPCClientImpl::cancelRead(_OVERLAPPED& overlapped) const {
+  const MethodTrace trace(rd, this, "cancelRead");
+  CancelIoEx(pipeHandle_, &overlapped);
+  DWORD length = 0;
+  GetOverlappedResult(pipeHandle_, &overlapped, &length, TRUE);
+  throw trace.failure<NYXException>("KTBNV0064_READ_FAILED", getServiceName(),
+                                    LastError(ERROR_OPERATION_ABORTED).text());
+}
+
 // Returns only when the read has ended: its buffer must not go before.
 unsigned long IPCClientImpl::poll(_OVERLAPPED& overlapped, unsigned long interval) const {
   const MethodTrace trace(rd, this, "poll", interval);
   for (;;) {
     trace.data(TraceLevel::MODERATE, "ERROR_IO_PENDING. Sleep and retry");
-    Sleep(interval);
+    if (!sleep(interval)) cancelRead(overlapped);
     DWORD length = 0;
     if (GetOverlappedResult(pipeHandle_, &overlapped, &length, FALSE)) {
       trace.data(TraceLevel::MODERATE, "Asynchrous read completed");

@@ -1,0 +1,92 @@
+#include <jni.h>
+
+#include <tessel/JavaCallbackIPCListener.h>
+
+#include <new>
+
+#include <tessel/JNIEnvWrapper.h>
+#include <tessel/NYXException.h>
+
+#include "internal/Bundles.h"
+#include "internal/MethodTrace.h"
+#include "internal/jni/AttachScope.h"
+#include "internal/jni/ByteArrays.h"
+
+namespace tessel {
+
+using internal::MethodTrace;
+using internal::jni::AttachScope;
+using internal::jni::LocalRef;
+
+const RasDescriptor JavaCallbackIPCListener::rd("JavaCallbackIPCListener", internal::kMessages);
+
+namespace {
+
+constexpr const char* kMethod = "byte [] com.kelvo.tessel.ipc.IPCServer.onMessage(byte [])";
+
+AttachScope attach(JavaVM* vm, const MethodTrace& trace) {
+  try {
+    return AttachScope(vm);
+  } catch (const NYXException&) {
+    trace.data(TraceLevel::MODERATE, "JNI environment not available");
+    throw;
+  }
+}
+
+}  // namespace
+
+JavaCallbackIPCListener::JavaCallbackIPCListener(JNIEnv* env, jobject server) {
+  const MethodTrace trace(rd, this, "JavaCallbackIPCListener");
+  const JNIEnvWrapper java(env);
+  if (java.GetJavaVM(&vm_) != JNI_OK) {
+    trace.data(TraceLevel::MODERATE, "GetJavaVM failed");
+    throw trace.failure<NYXException>("KTBNV0169_INVALID_JVM_POINTER");
+  }
+  const LocalRef<jclass> clazz(*env, java.GetObjectClass(server));
+  onMessage_ = java.GetMethodID(clazz.get(), "onMessage", "([B)[B");
+  if (!onMessage_) {
+    java.ExceptionClear();
+    throw trace.failure<NYXException>("KTBNV0069_UNKNOWN_JAVA_METHOD", kMethod);
+  }
+  server_ = java.NewGlobalRef(server);
+  if (!server_) throw std::bad_alloc();
+}
+
+JavaCallbackIPCListener::~JavaCallbackIPCListener() {
+  const MethodTrace trace(rd, this, "~JavaCallbackIPCListener");
+  try {
+    AttachScope(vm_).env().DeleteGlobalRef(server_);
+  } catch (...) {  // NOLINT(bugprone-empty-catch): the machine is gone, and the reference with it
+  }
+}
+
+// The thread is detached again before it waits for its client: the machine would wait for it when it is to end.
+IPCMessage JavaCallbackIPCListener::onMessage(const IPCMessage& request) {
+  MethodTrace trace(rd, this, "onMessage", request);
+  const auto reply = [&](long status, const std::string& text) {
+    return trace.result(IPCMessage(request.getMessageId(), status, text));
+  };
+  try {
+    const AttachScope scope = attach(vm_, trace);
+    return reply(IPCMessage::STATUS_SUCCESS, call(scope.env(), request.getMessageText()));
+  } catch (const NYXException& exception) {
+    return reply(IPCMessage::STATUS_EXCEPTION, exception.getMessage());
+  }
+}
+
+std::string JavaCallbackIPCListener::call(JNIEnv& env, const std::string& request) const {
+  const MethodTrace trace(rd, this, "call");
+  const LocalRef<jbyteArray> text = internal::jni::newByteArray(env, request);
+  const LocalRef<jbyteArray> answer(
+      env,
+      text ? static_cast<jbyteArray>(JNIEnvWrapper(&env).CallObjectMethod(server_, onMessage_, text.get())) : nullptr);
+  if (env.ExceptionCheck()) {
+    trace.data(TraceLevel::MODERATE, "Exception caught invoking Java callback. See system err for Java stack trace.");
+    env.ExceptionDescribe();
+    env.ExceptionClear();
+    throw trace.failure<NYXException>("KTBNV0070_JAVA_EXCEPTION_THROWN");
+  }
+  return answer ? internal::jni::bytesOf(env, answer.get(), IPCMessage::MAX_MESSAGE_TEXT_LEN) : std::string();
+}
+
+}  // namespace tessel
