@@ -23,7 +23,7 @@ final class LibraryPlaces {
     places.add(new LibraryPlace("property " + NativeLibrary.PATH, () -> explicitly(explicit)));
     addFolders(places, System.getProperty("java.library.path", ""));
     places.add(new LibraryPlace("beside the jar", () -> besideJar(NativeLibrary.class)));
-    places.add(new LibraryPlace("inside the jar", LibraryPlaces::unpacked));
+    places.add(new LibraryPlace("inside the jar", () -> unpacked(RESOURCE)));
     return places;
   }
 
@@ -54,8 +54,8 @@ final class LibraryPlaces {
     }
   }
 
-  private static Path unpacked() throws IOException {
-    try (InputStream content = NativeLibrary.class.getResourceAsStream(RESOURCE)) {
+  static Path unpacked(String resource) throws IOException {
+    try (InputStream content = NativeLibrary.class.getResourceAsStream(resource)) {
       if (content == null) {
         throw new IOException("this jar was built without the library");
       }
