@@ -33,7 +33,7 @@ final class PrivateFolder {
   }
 
   private static UserPrincipal currentUser(Path temporary) throws IOException {
-    Path probe = Files.createTempFile(temporary, "tessel-native-", ".owner");
+    Path probe = NewFile.in(temporary);
     try {
       return Files.getOwner(probe);
     } finally {
@@ -66,6 +66,6 @@ final class PrivateFolder {
 
   /** An empty file of a name that no other process uses. */
   Path newFile() throws IOException {
-    return Files.createTempFile(path, "tesselnative-", ".tmp");
+    return NewFile.in(path);
   }
 }
