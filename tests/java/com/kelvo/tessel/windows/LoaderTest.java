@@ -5,25 +5,18 @@ import static org.junit.jupiter.api.Assertions.assertEquals;
 
 import com.kelvo.tessel.jni.NativeLibrary;
 import java.io.IOException;
-import java.io.InputStream;
 import java.nio.file.Files;
 import java.nio.file.Path;
-import java.nio.file.Paths;
 import java.util.ArrayList;
 import java.util.List;
 import java.util.stream.Collectors;
 import java.util.stream.Stream;
-import java.util.zip.ZipEntry;
-import java.util.zip.ZipFile;
-import java.util.zip.ZipOutputStream;
 import org.junit.jupiter.api.BeforeEach;
 import org.junit.jupiter.api.Test;
 import org.junit.jupiter.api.io.TempDir;
 
 /** The loader in a process of its own for each place where the library can be. */
 class LoaderTest {
-  private static final String RESOURCE = "com/kelvo/tessel/native/windows-x86_64/tesselnative.dll";
-
   @TempDir(factory = Folders.Fresh.class)
   Path folder;
 
@@ -33,7 +26,8 @@ class LoaderTest {
 
   @BeforeEach
   void makeJarWithoutLibrary() throws IOException {
-    jar = copyOfJar("lib/tessel-native.jar", null);
+    jar = Files.createDirectories(folder.resolve("lib")).resolve("tessel-native.jar");
+    JarCopy.without(JarCopy.LIBRARY, jar);
     data = Files.createDirectories(folder.resolve("data"));
     empty = Files.createDirectories(folder.resolve("empty"));
   }
@@ -56,7 +50,7 @@ class LoaderTest {
 
   @Test
   void theFolderOfTheJarComesThird() throws Exception {
-    jar = copyOfJar("full/tessel-native.jar", Folders.library());
+    jar = jarWithLibrary();
     Path found = putLibraryInto(jar.getParent());
     assertEquals(
         "loaded " + found + "; looked before at:" + notSet() + notInSearchPath() + "\nused: false\n", run(child()));
@@ -64,7 +58,7 @@ class LoaderTest {
 
   @Test
   void theLibraryInsideTheJarComesLastAndIsUnpackedOnce() throws Exception {
-    jar = copyOfJar("full/tessel-native.jar", Folders.library());
+    jar = jarWithLibrary();
     String first = run(child());
     Path unpacked = onlyUnpackedFile();
     assertArrayEquals(Files.readAllBytes(Folders.library()), Files.readAllBytes(unpacked));
@@ -77,7 +71,7 @@ class LoaderTest {
 
   @Test
   void anUnpackedFileThatWasChangedIsReplacedBeforeItIsLoaded() throws Exception {
-    jar = copyOfJar("full/tessel-native.jar", Folders.library());
+    jar = jarWithLibrary();
     run(child());
     Path unpacked = onlyUnpackedFile();
     Files.write(unpacked, new byte[] {'M', 'Z'});
@@ -87,7 +81,7 @@ class LoaderTest {
 
   @Test
   void processesThatUnpackAtOnceAllLoad() throws Exception {
-    jar = copyOfJar("full/tessel-native.jar", Folders.library());
+    jar = jarWithLibrary();
     List<ChildJVM> children = new ArrayList<>();
     for (int i = 0; i < 4; i++) {
       children.add(child().start());
@@ -152,31 +146,9 @@ class LoaderTest {
     }
   }
 
-  /** The jar under test without a library, or with that one. */
-  private Path copyOfJar(String name, Path library) throws IOException {
-    Path copy = folder.resolve(Paths.get(name));
-    Files.createDirectories(copy.getParent());
-    try (ZipFile original = new ZipFile(Folders.origin(NativeLibrary.class).toFile());
-        ZipOutputStream changed = new ZipOutputStream(Files.newOutputStream(copy))) {
-      for (ZipEntry entry : original.stream().collect(Collectors.toList())) {
-        if (!entry.getName().equals(RESOURCE)) {
-          changed.putNextEntry(new ZipEntry(entry.getName()));
-          copyAll(original.getInputStream(entry), changed);
-        }
-      }
-      if (library != null) {
-        changed.putNextEntry(new ZipEntry(RESOURCE));
-        Files.copy(library, changed);
-      }
-    }
-    return copy;
-  }
-
-  private static void copyAll(InputStream from, ZipOutputStream to) throws IOException {
-    byte[] block = new byte[8192];
-    for (int length = from.read(block); length > 0; length = from.read(block)) {
-      to.write(block, 0, length);
-    }
-    from.close();
+  private Path jarWithLibrary() throws IOException {
+    Path full = Files.createDirectories(folder.resolve("full")).resolve("tessel-native.jar");
+    JarCopy.with(Folders.library(), full);
+    return full;
   }
 }
