@@ -11,6 +11,7 @@ target_include_directories(
   tesselnative
   PUBLIC $<BUILD_INTERFACE:${PROJECT_SOURCE_DIR}/include> $<INSTALL_INTERFACE:${CMAKE_INSTALL_INCLUDEDIR}>
   PRIVATE src ${PROJECT_BINARY_DIR}/generated)
+target_link_libraries(tesselnative PRIVATE $<BUILD_INTERFACE:tessel_jni>)
 tessel_warnings(tesselnative)
 tessel_hardening(tesselnative)
 tessel_version_resource(tesselnative "${PROJECT_DESCRIPTION}")

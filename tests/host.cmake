@@ -12,7 +12,7 @@ target_compile_definitions(tessel_host PUBLIC TESSEL_BUILD TESSEL_SOURCE_DIR="${
 target_include_directories(tessel_host PUBLIC ${PROJECT_SOURCE_DIR}/include ${PROJECT_SOURCE_DIR}/src
                                               ${PROJECT_BINARY_DIR}/generated ${CMAKE_CURRENT_SOURCE_DIR})
 find_package(Threads REQUIRED)
-target_link_libraries(tessel_host PUBLIC Threads::Threads)
+target_link_libraries(tessel_host PUBLIC Threads::Threads tessel_jni)
 tessel_warnings(tessel_host)
 
 # The trace viewer of the operators' tool needs no Windows either.

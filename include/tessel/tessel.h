@@ -23,6 +23,9 @@
 #include <tessel/IPCServer.h>
 #include <tessel/IPCServerImpl.h>
 #include <tessel/IPCTimeoutException.h>
+#include <tessel/JNIEnvWrapper.h>
+#include <tessel/JNITypes.h>
+#include <tessel/JNIUtils.h>
 #include <tessel/LogFileProperties.h>
 #include <tessel/LogHandler.h>
 #include <tessel/LogLevel.h>
