@@ -7,7 +7,7 @@ import java.util.concurrent.TimeUnit;
 
 /** Work on a thread of its own, and its result or failure. */
 final class Background<T> {
-  private static final long PATIENCE_SECONDS = 120;
+  private static final long PATIENCE_SECONDS = 400;
 
   private final FutureTask<T> task;
 

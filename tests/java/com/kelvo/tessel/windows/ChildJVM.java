@@ -16,7 +16,7 @@ import java.util.stream.Collectors;
 
 /** Another Windows JVM with checked JNI. Its output goes to a file, so that nobody has to read it meanwhile. */
 final class ChildJVM {
-  private static final long PATIENCE_SECONDS = 120;
+  private static final long PATIENCE_SECONDS = 400;
 
   private final List<String> options = new ArrayList<>(Arrays.asList("-Xcheck:jni", "-Xshare:auto"));
   private final List<Path> classPath = new ArrayList<>();
