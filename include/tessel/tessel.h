@@ -26,6 +26,8 @@
 #include <tessel/JNIEnvWrapper.h>
 #include <tessel/JNITypes.h>
 #include <tessel/JNIUtils.h>
+#include <tessel/JavaEventLogHandler.h>
+#include <tessel/JavaTraceFileLogHandler.h>
 #include <tessel/LogFileProperties.h>
 #include <tessel/LogHandler.h>
 #include <tessel/LogLevel.h>
