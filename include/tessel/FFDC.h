@@ -11,8 +11,12 @@
 namespace tessel {
 
 class NYXException;
-class NYXThreadSync;
+class NYXThreadSyncImpl;
 class RasDescriptor;
+
+namespace internal::jni {
+class JavaSink;
+}
 
 /// First-failure data capture: records where and when something unexpected happened, announced in the event log.
 ///
@@ -20,8 +24,9 @@ class RasDescriptor;
 /// administrators: FFDC.YYYYMMDDhhmmss.N.P.log with the local time, the number N of the capture in this process and
 /// the process id P. While there is no log directory, or when the file cannot be written, the whole record goes into
 /// the event log instead. Captures of several threads are taken one after the other; one that is raised while the
-/// same thread takes another, or opens, rotates or secures a log file, goes to standard error. Any thread; nothing is
-/// thrown.
+/// same thread takes another, or opens, rotates or secures a log file, goes to standard error, and so does one that
+/// waits for the others longer than a quarter of a second in a process whose records go to Java. Any thread; nothing
+/// is thrown.
 class TESSEL_API FFDC {
  public:
   /// @param probeId one of the PROBE operations, distinct for each place that captures.
@@ -93,6 +98,7 @@ class TESSEL_API FFDC {
 
  private:
   friend class NLS;
+  friend class internal::jni::JavaSink;
   friend struct FFDCTest;
 
   FFDC();
@@ -108,7 +114,7 @@ class TESSEL_API FFDC {
 
   static const RasDescriptor rd;
 
-  NYXThreadSync* lock_;
+  NYXThreadSyncImpl* lock_;
   bool inProgress_ = false;  // guarded by lock_
   std::atomic<int> captures_{0};
 };

@@ -54,6 +54,7 @@ class TESSEL_API Logger {
   explicit Logger(const std::string& name);
 
  private:
+  friend class RAS;
   friend class RasDescriptor;
   friend TESSEL_API std::ostream& operator<<(std::ostream& stream, const Logger& logger);
 
@@ -65,6 +66,8 @@ class TESSEL_API Logger {
 
   static Registry& registry();
   void link(Registry& registry);
+  // As removeHandler, but other threads may still be inside the handler.
+  void unlistHandler(const LogHandler& handler);
   void adopt(Logger& child);
   std::shared_ptr<const Handlers> borrowHandlers();
 

@@ -38,6 +38,9 @@ class TESSEL_API NYXThreadSyncImpl : public NYXThreadSync {
   /// Takes the monitor if it is free or already the caller's. @return whether it was taken.
   bool tryLock();
 
+  /// As tryLock(), but waits for it. @param timeoutMillis milliseconds, not negative.
+  bool tryLock(long timeoutMillis);
+
  private:
   struct State;
 

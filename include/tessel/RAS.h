@@ -2,9 +2,12 @@
 #pragma once
 
 #include <atomic>
+#include <functional>
+#include <memory>
 #include <string>
 
 #include <tessel/Export.h>
+#include <tessel/JNITypes.h>
 #include <tessel/RASEnvironment.h>
 #include <tessel/TraceLevel.h>
 
@@ -35,6 +38,19 @@ class TESSEL_API RAS {
   ///         KTBNV0008: the diagnostics are then not initialised.
   static void initialize(const RASEnvironment& environment, const LogFileProperties& eventLogProperties,
                          const LogFileProperties& traceProperties, const std::string& traceSpecNamePrefix);
+
+  /// For Java processes: events and trace go to Java's own log, by a JavaEventLogHandler and a JavaTraceFileLogHandler.
+  /// Otherwise as above, with a second call included.
+  ///
+  /// From then on no thread waits longer than a quarter of a second to write a trace point or a failure capture: the
+  /// point is dropped, the capture goes to standard error. Trace points of setLevel() and of this operation that would
+  /// come while they change the configuration are dropped, too.
+  ///
+  /// @param env of the calling thread; its machine gets the records.
+  /// @param logDirectory the value of the property "com.kelvo.tessel.native.logdir", unless it has one already.
+  /// @throws NYXException KTBNV0008: the diagnostics are then not initialised.
+  static void initialize(const RASEnvironment& environment, JNIEnv* env, const std::string& logDirectory,
+                         const std::string& traceSpecNamePrefix);
 
   /// Switches trace off, removes the handlers and destroys them when no thread is inside them any more. Everything is
   /// then as before the first initialize(). Without one, or twice, it does nothing.
@@ -69,6 +85,7 @@ class TESSEL_API RAS {
  private:
   friend struct RASTest;
 
+  class Output;
   struct Outputs;
   struct State;
 
@@ -77,8 +94,9 @@ class TESSEL_API RAS {
   RAS& operator=(const RAS& other);
 
   static RAS& getInstance();
-  void install(const RASEnvironment& environment, const LogFileProperties& eventLogProperties,
-               const LogFileProperties& traceProperties, const std::string& prefix);
+  bool wouldInstall(const RASEnvironment& environment) const;
+  void install(const RASEnvironment& environment, const std::string& prefix,
+               const std::function<std::unique_ptr<Outputs>()>& makeOutputs);
   void reset();
   static LogLevel getLevel(const std::string& word);
   void applySpecification(const std::string& specification);

@@ -29,7 +29,8 @@ class MethodTrace;
 /// The trace points do not test the level: ask RasDescriptor::isFlowOn() before entry, exit and throwing, isOn(level)
 /// before data. Each may be called from any thread; all threads' points are written one after the other. A point
 /// raised while the same thread publishes another one is dropped, and so is a point of a thread that is inside a
-/// log handler or holds another lock of the diagnostics while some other thread is tracing. Nothing is thrown.
+/// log handler or holds another lock of the diagnostics while some other thread is tracing. In a process whose records
+/// go to Java a point is also dropped when the others do not let it in for a quarter of a second. Nothing is thrown.
 class TESSEL_API Trace {
  public:
   /// An entry without object and arguments. @param methodName shown as "null" when null, here and below.
@@ -116,6 +117,7 @@ class TESSEL_API Trace {
   std::string generateMethodThrowingIndent(unsigned long threadId);
   static std::string unbalancedExit(MethodStack& stack, const std::string& methodName);
   static std::string getPrefixedClassName(const std::string& className);
+  bool waitForLock();
   bool lockTrace();
   void unlockTrace();
   void publish(const RasDescriptor& descriptor, const void* object, const char* methodName, LogRecord& record);

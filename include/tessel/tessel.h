@@ -27,6 +27,8 @@
 #include <tessel/JNITypes.h>
 #include <tessel/JNIUtils.h>
 #include <tessel/JavaCallbackIPCListener.h>
+#include <tessel/JavaEventLogHandler.h>
+#include <tessel/JavaTraceFileLogHandler.h>
 #include <tessel/LogFileProperties.h>
 #include <tessel/LogHandler.h>
 #include <tessel/LogLevel.h>

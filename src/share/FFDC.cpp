@@ -136,8 +136,8 @@ void FFDC::take(const std::string& name, const std::string& record) {
     std::cerr << record << std::flush;
     return;
   }
-  const internal::DiagnosticsLock guard(*lock_);
-  if (inProgress_) {
+  const internal::DiagnosticsLock guard(*lock_, internal::DiagnosticsLock::WithinLimit());
+  if (!guard.taken() || inProgress_) {
     std::cerr << record << std::flush;
     return;
   }

@@ -150,14 +150,16 @@ void Logger::addHandler(LogHandler& handler) {
   hasHandlers_ = true;
 }
 
+void Logger::unlistHandler(const LogHandler& handler) {
+  const Synchronize guard(&registry().lock);
+  auto handlers = std::make_shared<Handlers>(*logHandlers_);
+  handlers->erase(std::remove(handlers->begin(), handlers->end(), &handler), handlers->end());
+  hasHandlers_ = !handlers->empty();
+  logHandlers_ = std::move(handlers);
+}
+
 void Logger::removeHandler(LogHandler& handler) {
-  {
-    const Synchronize guard(&registry().lock);
-    auto handlers = std::make_shared<Handlers>(*logHandlers_);
-    handlers->erase(std::remove(handlers->begin(), handlers->end(), &handler), handlers->end());
-    hasHandlers_ = !handlers->empty();
-    logHandlers_ = std::move(handlers);
-  }
+  unlistHandler(handler);
   const unsigned own = Publication::drop(handler);
   while (handler.users_.load(std::memory_order_acquire) > own) std::this_thread::yield();
 }

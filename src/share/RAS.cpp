@@ -9,6 +9,8 @@
 #include <tessel/EventLog.h>
 #include <tessel/EventLogHandler.h>
 #include <tessel/FFDC.h>
+#include <tessel/JavaEventLogHandler.h>
+#include <tessel/JavaTraceFileLogHandler.h>
 #include <tessel/Logger.h>
 #include <tessel/NLS.h>
 #include <tessel/NYXEnvironment.h>
@@ -73,29 +75,11 @@ void fetchCatalogues() {
   ResourceBundle::getBundle(internal::elementsBundle());
 }
 
-// A handler that sits on the root logger while it is attached.
-class Output {
- public:
-  explicit Output(std::unique_ptr<LogHandler> handler) : handler_(std::move(handler)) {}
-  ~Output() { detach(); }
-  Output(const Output&) = delete;
-  Output& operator=(const Output&) = delete;
-
-  void attach() {
-    if (attached_ || !handler_) return;
-    Logger::getLogger(std::string())->addHandler(*handler_);
-    attached_ = true;
-  }
-
-  // Returns when no other thread is inside the handler any more.
-  void detach() {
-    if (attached_) Logger::getLogger(std::string())->removeHandler(*handler_);
-    attached_ = false;
-  }
-
- private:
-  std::unique_ptr<LogHandler> handler_;
-  bool attached_ = false;
+// Holds the singleton's lock for a scope.
+struct StateLock {
+  explicit StateLock(NYXThreadSync& sync) : guard(sync) {}
+  const internal::NoTraceInJava mark;
+  const internal::DiagnosticsLock guard;
 };
 
 bool wantsConsole(const RASEnvironment& environment) {
@@ -106,15 +90,44 @@ bool wantsConsole(const RASEnvironment& environment) {
 
 const std::string& internal::traceSpecNamePrefix() noexcept { return textOf(specNamePrefix); }
 
+// A handler that sits on the root logger while it is attached.
+class RAS::Output {
+ public:
+  explicit Output(std::unique_ptr<LogHandler> handler) : handler_(std::move(handler)) {}
+  // Returns when no other thread is inside the handler any more.
+  ~Output() {
+    if (handler_) Logger::getLogger(std::string())->removeHandler(*handler_);
+  }
+  Output(const Output&) = delete;
+  Output& operator=(const Output&) = delete;
+
+  void attach() {
+    if (attached_ || !handler_) return;
+    Logger::getLogger(std::string())->addHandler(*handler_);
+    attached_ = true;
+  }
+
+  // Does not wait for threads that are inside the handler: they may be in Java code that is about to set the level.
+  void detach() {
+    if (attached_) Logger::getLogger(std::string())->unlistHandler(*handler_);
+    attached_ = false;
+  }
+
+ private:
+  std::unique_ptr<LogHandler> handler_;
+  bool attached_ = false;
+};
+
 struct RAS::Outputs {
   Output event;
   Output console;
   Output trace;
 
-  Outputs(const RASEnvironment& environment, const LogFileProperties& eventLog, const LogFileProperties& traceFile)
-      : event(std::make_unique<EventLogHandler>(eventLog)),
+  Outputs(const RASEnvironment& environment, std::unique_ptr<LogHandler> eventHandler,
+          std::unique_ptr<LogHandler> traceHandler)
+      : event(std::move(eventHandler)),
         console(wantsConsole(environment) ? std::make_unique<ConsoleLogHandler>() : nullptr),
-        trace(std::make_unique<TraceFileLogHandler>(traceFile)) {
+        trace(std::move(traceHandler)) {
     event.attach();
     console.attach();
   }
@@ -151,24 +164,52 @@ RAS& RAS::getInstance() {
   return instance;
 }
 
+// The former handlers go before the new ones are made, since they hold the names.
 void RAS::initialize(const RASEnvironment& environment, const LogFileProperties& eventLogProperties,
                      const LogFileProperties& traceProperties, const std::string& traceSpecNamePrefix) {
   fetchCatalogues();
-  getInstance().install(environment, eventLogProperties, traceProperties, traceSpecNamePrefix);
+  getInstance().install(environment, traceSpecNamePrefix, [&] {
+    internal::setJavaProcess(false);
+    auto event = std::make_unique<EventLogHandler>(eventLogProperties);
+    return std::make_unique<Outputs>(environment, std::move(event),
+                                     std::make_unique<TraceFileLogHandler>(traceProperties));
+  });
 }
 
-// What can fail comes first. The former handlers go before the new ones are made, since they hold the names.
-void RAS::install(const RASEnvironment& environment, const LogFileProperties& eventLogProperties,
-                  const LogFileProperties& traceProperties, const std::string& prefix) {
+// Here the new handlers come first: the static initialisers of the Java classes may call back.
+void RAS::initialize(const RASEnvironment& environment, JNIEnv* env, const std::string& logDirectory,
+                     const std::string& traceSpecNamePrefix) {
+  NYXEnvironment::setProperty(kLogDirectory, logDirectory);
+  fetchCatalogues();
+  std::unique_ptr<LogHandler> event;
+  std::unique_ptr<LogHandler> trace;
+  if (getInstance().wouldInstall(environment)) {
+    event = std::make_unique<JavaEventLogHandler>(env);
+    trace = std::make_unique<JavaTraceFileLogHandler>(env);
+  }
+  getInstance().install(environment, traceSpecNamePrefix, [&] {
+    internal::setJavaProcess(true);
+    return std::make_unique<Outputs>(environment, std::move(event), std::move(trace));
+  });
+}
+
+bool RAS::wouldInstall(const RASEnvironment& environment) const {
+  const StateLock lock(state_->lock);
+  return !state_->outputs || environment == RASEnvironment::UNITTEST;
+}
+
+// What can fail comes first.
+void RAS::install(const RASEnvironment& environment, const std::string& prefix,
+                  const std::function<std::unique_ptr<Outputs>()>& makeOutputs) {
   const internal::MethodTrace trace(rd, this, "initialize", environment, prefix);
-  const internal::DiagnosticsLock guard(state_->lock);
-  if (state_->outputs && environment != RASEnvironment::UNITTEST) {
+  const StateLock lock(state_->lock);
+  if (!wouldInstall(environment)) {
     state_->environment = environment.getValue();
     return;
   }
   const std::string* path = kept(NYXEnvironment::getProperty(kLogDirectory));
   state_->outputs.reset();
-  state_->outputs = std::make_unique<Outputs>(environment, eventLogProperties, traceProperties);
+  state_->outputs = makeOutputs();
   state_->environment = environment.getValue();
   specNamePrefix = kept(prefix);
   logPath = path;
@@ -181,12 +222,13 @@ void RAS::shutdown() {
 
 void RAS::reset() {
   const internal::MethodTrace trace(rd, this, "shutdown");
-  const internal::DiagnosticsLock guard(state_->lock);
+  const StateLock lock(state_->lock);
   discardTraceLoggers();
   traceAvailable = false;
   debugLevel = TraceLevel::OFF;
   refreshSwitch();
   state_->outputs.reset();
+  internal::setJavaProcess(false);
   state_->environment = RASEnvironment::UNSPECIFIED;
   specNamePrefix = nullptr;
   logPath = nullptr;
@@ -199,7 +241,7 @@ void RAS::setLevel(const std::string& traceSpecification) {
 
 void RAS::applySpecification(const std::string& specification) {
   const internal::MethodTrace trace(rd, this, "setLevel", specification);
-  const internal::DiagnosticsLock guard(state_->lock);
+  const StateLock lock(state_->lock);
   const bool adds = !specification.empty() && specification.front() == '+';
   if (!adds) discardTraceLoggers();
   const std::string entries = adds ? specification.substr(1) : specification;
@@ -271,7 +313,7 @@ LogLevel RAS::getLevel(const std::string& word) {
 
 void RAS::setDebugLevel(const TraceLevel& level) {
   fetchCatalogues();
-  const internal::DiagnosticsLock guard(getInstance().state_->lock);
+  const StateLock lock(getInstance().state_->lock);
   debugLevel = level.getValue();
   refreshSwitch();
 }

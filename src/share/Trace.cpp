@@ -32,6 +32,7 @@ constexpr int kMaxArguments = 5;
 constexpr const char* kEmptyArgument = "\"\"";
 
 thread_local unsigned deferredExits = 0;
+thread_local bool waitRanOut = false;
 
 LogLevel logLevelOf(const TraceLevel& level) {
   switch (level.getValue()) {
@@ -115,12 +116,17 @@ void Trace::throwing(const RasDescriptor& descriptor, const void* object, const 
   getInstance().traceMethodThrowing(descriptor, object, methodName, thrown);
 }
 
+// A thread whose wait has run out only tries until it gets the lock again: one stall costs it one wait.
+bool Trace::waitForLock() {
+  if (!internal::isJavaProcess()) return internal::lockWithinLimit(*lock_);
+  const bool taken = waitRanOut ? lock_->tryLock() : internal::lockWithinLimit(*lock_);
+  waitRanOut = !taken;
+  return taken;
+}
+
 bool Trace::lockTrace() {
-  if (internal::NoBlockingTrace::active()) {
-    if (!lock_->tryLock()) return false;
-  } else {
-    lock_->lock();
-  }
+  if (internal::NoTraceInJava::active()) return false;
+  if (!(internal::NoBlockingTrace::active() ? lock_->tryLock() : waitForLock())) return false;
   if (inTrace_) {
     lock_->unlock();
     return false;

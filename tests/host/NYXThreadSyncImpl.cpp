@@ -22,7 +22,7 @@ namespace tessel {
 const RasDescriptor NYXThreadSyncImpl::rd("NYXThreadSyncImpl", internal::kMessages);
 
 struct NYXThreadSyncImpl::State {
-  std::recursive_mutex section;
+  std::recursive_timed_mutex section;
   std::atomic<unsigned long> owner{0};
   std::uint32_t count = 0;  // guarded by section
 
@@ -66,6 +66,14 @@ void NYXThreadSyncImpl::lock() {
 
 bool NYXThreadSyncImpl::tryLock() {
   if (!state_->section.try_lock()) return false;
+  state_->addHold();
+  return true;
+}
+
+// By the system's clock: the thread sanitizer does not know the wait by the steady one.
+bool NYXThreadSyncImpl::tryLock(long timeoutMillis) {
+  const auto end = std::chrono::system_clock::now() + std::chrono::milliseconds(timeoutMillis);
+  if (!state_->section.try_lock_until(end)) return false;
   state_->addHold();
   return true;
 }

@@ -1,6 +1,9 @@
 // The utilities on the host. Nothing here changes PATH or handles signals: no portable class asks for it.
 #include <tessel/NYXUtils.h>
 
+#include <grp.h>
+#include <unistd.h>
+
 #include <cstdlib>
 #include <filesystem>
 #include <system_error>
@@ -8,6 +11,7 @@
 #include <tessel/FilePermissionsException.h>
 #include <tessel/NYXException.h>
 #include <tessel/NYXIOException.h>
+#include <tessel/NYXUnsupportedOperationException.h>
 
 #include "internal/Bundles.h"
 #include "internal/LastError.h"
@@ -62,6 +66,32 @@ void NYXUtils::checkFilePermissions(const std::string& path) {
   if ((rights & kStrangers) != fs::perms::none) {
     throw trace.failure<FilePermissionsException>("KTBNV0145_GROUP_HAS_ACCESS", "Everyone", path);
   }
+}
+
+void NYXUtils::mkGroupOmniWrite(const std::string& path, bool everyoneWrite) {
+  const MethodTrace trace(rd, nullptr, "mkGroupOmniWrite", path, everyoneWrite);
+  mkpriv(path, true, everyoneWrite);
+}
+
+void NYXUtils::mkGroupWrite(const std::string& path, const std::string& group, bool flag) {
+  const MethodTrace trace(rd, nullptr, "mkGroupWrite", path, group, flag);
+  throw trace.thrown(NYXException("NYXUtils::mkGroupWrite not implemented"));
+}
+
+void NYXUtils::chmod(const std::string& path, int mode) {
+  const MethodTrace trace(rd, nullptr, "chmod", path, mode);
+  throw trace.failure<NYXUnsupportedOperationException>("KTBNV0020_CHMOD_UNSUPPORTED");
+}
+
+bool NYXUtils::isCurrentUserMemberOfGroup(const std::string& groupName) {
+  MethodTrace trace(rd, nullptr, "isCurrentUserMemberOfGroup", groupName);
+  const group* entry = ::getgrnam(groupName.c_str());
+  return trace.result(entry && entry->gr_gid == ::getegid());
+}
+
+bool NYXUtils::doesCurrentUserHaveSpecialAuthority(const std::string& authority) {
+  MethodTrace trace(rd, nullptr, "doesCurrentUserHaveSpecialAuthority", authority);
+  return trace.result(false);
 }
 
 std::string NYXUtils::getenv(const std::string& name) {

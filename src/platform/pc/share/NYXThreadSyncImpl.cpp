@@ -1,5 +1,6 @@
 #include <tessel/NYXThreadSyncImpl.h>
 
+#include <algorithm>
 #include <atomic>
 #include <cstdint>
 
@@ -58,6 +59,8 @@ struct NYXThreadSyncImpl::State {
   Owner owner;
   // Entries of the section not left yet. Leaving a section that nobody is inside corrupts it.
   std::atomic<std::uint32_t> entered{0};
+  std::atomic<std::uint32_t> timedWaiters{0};
+  CONDITION_VARIABLE left = CONDITION_VARIABLE_INIT;  // the section, while anybody waits for it with a limit
 
   // Who waits, and who of them was notified and has not come back; held only for a few instructions.
   CRITICAL_SECTION waitersSection{};
@@ -97,7 +100,26 @@ struct NYXThreadSyncImpl::State {
     const std::uint32_t entries = entered.load(std::memory_order_relaxed);
     if (entries == 0) return;
     entered.store(entries - 1, std::memory_order_relaxed);
+    // Asked before, since afterwards the monitor may be gone, unless somebody waits for it.
+    const bool awaited = timedWaiters.load() != 0;
     LeaveCriticalSection(&section);
+    if (awaited) WakeConditionVariable(&left);
+  }
+
+  // Looks again after a slice of time: who leaves as the wait begins does not see that it does.
+  bool enterWithin(ULONGLONG milliseconds) {
+    constexpr ULONGLONG kSlice = 10;
+    if (tryEnter()) return true;
+    const ULONGLONG begin = GetTickCount64();
+    const WaitersLock guard(waitersSection);
+    ++timedWaiters;
+    bool taken = tryEnter();
+    for (ULONGLONG passed = 0; !taken && passed < milliseconds; passed = GetTickCount64() - begin) {
+      SleepConditionVariableCS(&left, &waitersSection, static_cast<DWORD>(std::min(kSlice, milliseconds - passed)));
+      taken = tryEnter();
+    }
+    --timedWaiters;
+    return taken;
   }
 
   // While a notified waiter is on its way back the event must stay set, or that waiter would sleep on.
@@ -167,6 +189,12 @@ void NYXThreadSyncImpl::lock() {
 
 bool NYXThreadSyncImpl::tryLock() {
   if (!state_->tryEnter()) return false;
+  state_->addHold();
+  return true;
+}
+
+bool NYXThreadSyncImpl::tryLock(long timeoutMillis) {
+  if (!state_->enterWithin(static_cast<ULONGLONG>(timeoutMillis))) return false;
   state_->addHold();
   return true;
 }
