@@ -69,7 +69,11 @@ SecureFileHandler::SecureFileHandler(const std::string& pattern, int limit, int 
   restrict(false);
 }
 
-SecureFileHandler::~SecureFileHandler() { SecureFileHandler::close(); }
+// The file first: who gets the lock next may rename it at once.
+SecureFileHandler::~SecureFileHandler() {
+  out_->close();
+  SecureFileHandler::close();
+}
 
 std::string SecureFileHandler::getfileName(const std::string& pattern, int generation, long unique) {
   std::string name = pattern;
