@@ -35,7 +35,7 @@ class TESSEL_API RAS {
   ///
   /// @param traceSpecNamePrefix dotted prefix under which the names of trace specifications are read; may be empty.
   /// @throws PropertyNotFoundException when the log directory is not set; nothing has changed then. NYXException
-  ///         KTBNV0008: the diagnostics are then not initialised.
+  ///         KTBNV0008: the diagnostics are then not initialised, also if they were before.
   static void initialize(const RASEnvironment& environment, const LogFileProperties& eventLogProperties,
                          const LogFileProperties& traceProperties, const std::string& traceSpecNamePrefix);
 
@@ -86,6 +86,7 @@ class TESSEL_API RAS {
   friend struct RASTest;
 
   class Output;
+  class AttachedOutput;
   struct Outputs;
   struct State;
 

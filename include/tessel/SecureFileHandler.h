@@ -46,19 +46,20 @@ class TESSEL_API SecureFileHandler {
   ///         KTBNV0055 when no name is usable, KTBNV0056 when a generation cannot be renamed, and what
   ///         NYXUtils::mkpriv() throws. Neither lock nor lock file stay behind.
   SecureFileHandler(const std::string& pattern, int limit, int count, bool append, bool canRead, int generation);
-  /// Does what close() does, and closes the file.
+  /// Closes the file, and does what close() does.
   virtual ~SecureFileHandler();
   SecureFileHandler& operator=(const SecureFileHandler& other) = delete;
 
   /// Writes one line, with one call to the system.
   ///
-  /// A rotation that fails loses nothing: the line goes to the current file, the failure is thrown, and the next line
-  /// tries again. After every other failure the line is lost and the next one starts from where the system stands:
-  /// the file is opened, secured or continued again, and a line that was written in part is ended first.
+  /// A rotation that fails, because a generation cannot be renamed or the only file cannot be emptied, loses nothing:
+  /// the line goes to the current file, the failure is thrown, and the next line tries again. After every other
+  /// failure the line is lost and the next one starts from where the system stands: the file is opened, secured or
+  /// continued again, and a line that was written in part is ended first.
   ///
   /// @param text without its last line end; Unicode escapes as in getUtf8EncodedString().
-  /// @throws NYXIOException KTBNV0054 when the file cannot be opened or written, KTBNV0056 when a generation cannot be
-  ///         renamed; the line has been written then. NYXException, with the text of NYXUtils::mkpriv() or
+  /// @throws NYXIOException KTBNV0054 when the file cannot be opened, emptied or written, KTBNV0056 when a generation
+  ///         cannot be renamed. NYXException, with the text of NYXUtils::mkpriv() or
   ///         NYXUtils::checkFilePermissions(), when the new file cannot be restricted: nothing is written to it.
   void publish(const std::string& text);
 

@@ -118,19 +118,23 @@ class RAS::Output {
   bool attached_ = false;
 };
 
+// In use from its construction: the next one may report failures to it.
+class RAS::AttachedOutput : public Output {
+ public:
+  explicit AttachedOutput(std::unique_ptr<LogHandler> handler) : Output(std::move(handler)) { attach(); }
+};
+
 struct RAS::Outputs {
-  Output event;
-  Output console;
+  AttachedOutput event;
+  AttachedOutput console;
   Output trace;
 
-  Outputs(const RASEnvironment& environment, std::unique_ptr<LogHandler> eventHandler,
-          std::unique_ptr<LogHandler> traceHandler)
-      : event(std::move(eventHandler)),
+  // Made one after the other, each by a call of its maker.
+  template <class MakeEvent, class MakeTrace>
+  Outputs(const RASEnvironment& environment, MakeEvent makeEvent, MakeTrace makeTrace)
+      : event(makeEvent()),
         console(wantsConsole(environment) ? std::make_unique<ConsoleLogHandler>() : nullptr),
-        trace(std::move(traceHandler)) {
-    event.attach();
-    console.attach();
-  }
+        trace(makeTrace()) {}
 };
 
 struct RAS::State {
@@ -138,6 +142,15 @@ struct RAS::State {
   std::atomic<int> environment{RASEnvironment::UNSPECIFIED};
   std::map<std::string, Logger*> traceLoggers;  // guarded by lock
   std::unique_ptr<Outputs> outputs;             // guarded by lock; null until initialised
+
+  // As before initialize, apart from what specifications have set.
+  void takeBack() {
+    outputs.reset();
+    internal::setJavaProcess(false);
+    environment = RASEnvironment::UNSPECIFIED;
+    specNamePrefix = nullptr;
+    logPath = nullptr;
+  }
 };
 
 RAS::RAS() : state_(new State) {}
@@ -169,10 +182,9 @@ void RAS::initialize(const RASEnvironment& environment, const LogFileProperties&
                      const LogFileProperties& traceProperties, const std::string& traceSpecNamePrefix) {
   fetchCatalogues();
   getInstance().install(environment, traceSpecNamePrefix, [&] {
-    internal::setJavaProcess(false);
-    auto event = std::make_unique<EventLogHandler>(eventLogProperties);
-    return std::make_unique<Outputs>(environment, std::move(event),
-                                     std::make_unique<TraceFileLogHandler>(traceProperties));
+    return std::make_unique<Outputs>(
+        environment, [&] { return std::make_unique<EventLogHandler>(eventLogProperties); },
+        [&] { return std::make_unique<TraceFileLogHandler>(traceProperties); });
   });
 }
 
@@ -189,7 +201,8 @@ void RAS::initialize(const RASEnvironment& environment, JNIEnv* env, const std::
   }
   getInstance().install(environment, traceSpecNamePrefix, [&] {
     internal::setJavaProcess(true);
-    return std::make_unique<Outputs>(environment, std::move(event), std::move(trace));
+    return std::make_unique<Outputs>(
+        environment, [&] { return std::move(event); }, [&] { return std::move(trace); });
   });
 }
 
@@ -198,7 +211,7 @@ bool RAS::wouldInstall(const RASEnvironment& environment) const {
   return !state_->outputs || environment == RASEnvironment::UNITTEST;
 }
 
-// What can fail comes first.
+// A missing log directory changes nothing.
 void RAS::install(const RASEnvironment& environment, const std::string& prefix,
                   const std::function<std::unique_ptr<Outputs>()>& makeOutputs) {
   const internal::MethodTrace trace(rd, this, "initialize", environment, prefix);
@@ -208,12 +221,18 @@ void RAS::install(const RASEnvironment& environment, const std::string& prefix,
     return;
   }
   const std::string* path = kept(NYXEnvironment::getProperty(kLogDirectory));
-  state_->outputs.reset();
-  state_->outputs = makeOutputs();
+  const std::string* keptPrefix = kept(prefix);
+  state_->takeBack();
   state_->environment = environment.getValue();
-  specNamePrefix = kept(prefix);
-  logPath = path;
-  for (const auto& [key, logger] : state_->traceLoggers) attachTrace(*logger);
+  specNamePrefix = keptPrefix;
+  logPath = path;  // for the failures that the handlers capture while they are made
+  try {
+    state_->outputs = makeOutputs();
+    for (const auto& [key, logger] : state_->traceLoggers) attachTrace(*logger);
+  } catch (...) {
+    state_->takeBack();
+    throw;
+  }
 }
 
 void RAS::shutdown() {
@@ -227,11 +246,7 @@ void RAS::reset() {
   traceAvailable = false;
   debugLevel = TraceLevel::OFF;
   refreshSwitch();
-  state_->outputs.reset();
-  internal::setJavaProcess(false);
-  state_->environment = RASEnvironment::UNSPECIFIED;
-  specNamePrefix = nullptr;
-  logPath = nullptr;
+  state_->takeBack();
 }
 
 void RAS::setLevel(const std::string& traceSpecification) {

@@ -69,7 +69,11 @@ SecureFileHandler::SecureFileHandler(const std::string& pattern, int limit, int 
   restrict(false);
 }
 
-SecureFileHandler::~SecureFileHandler() { SecureFileHandler::close(); }
+// The file first: who gets the lock next may rename it at once.
+SecureFileHandler::~SecureFileHandler() {
+  out_->close();
+  SecureFileHandler::close();
+}
 
 std::string SecureFileHandler::getfileName(const std::string& pattern, int generation, long unique) {
   std::string name = pattern;
@@ -172,13 +176,16 @@ bool SecureFileHandler::rotateFile(Failure& failure) const {
   return true;
 }
 
-// When the generations cannot be renamed, the current file goes on.
+// When the generations cannot be renamed, or the only file there is cannot be emptied, the current file goes on.
 void SecureFileHandler::rotate(Failure& failure) {
+  const bool isOnlyFile = files_.size() == 1 || files_[0] == files_[1];
   out_->close();
   if (!rotateFile(failure)) {
     open(FileContent::kept, failure);
   } else if (open(FileContent::emptied, failure)) {
     restrictAgain();
+  } else if (isOnlyFile) {
+    open(FileContent::kept, failure);
   }
 }
 

@@ -141,6 +141,24 @@ TEST_F(CaptureFaults, AFolderThatCannotBeRestrictedIsReportedAndTheRecordAnnounc
   expectWholeRecordAnnounced(1);
 }
 
+// From the open that fails on there is no memory for a text as long as the record.
+TEST_F(CaptureFaults, AnAnnouncementWithoutMemoryIsGivenUpWithoutAnException) {
+  constexpr std::size_t kLong = 1U << 20U;
+  {
+    ImportHook<"malloc", void*(std::size_t)> memory;
+    OpenHook open;
+    open.replaceWith([&](const char* path, const char* mode) -> FILE* {
+      if (!isCapture(path)) return open.callOriginal(path, mode);
+      memory.replaceWith([&](std::size_t size) { return size < kLong ? memory.callOriginal(size) : nullptr; });
+      SetLastError(kRareError);
+      return nullptr;
+    });
+    capture(std::string(kLong, 'x'));
+  }
+  ASSERT_EQ(1U, events.records().size());
+  EXPECT_EQ(messageText("KTBNV0054_UNABLE_TO_OPEN_FILE", capturePath(announced(0)), kRareText), announced(0));
+}
+
 void tracePoint() {
   const RasDescriptor rd("Traced", "");
   if (rd.isFlowOn()) Trace::entry(rd, "method1");
@@ -220,41 +238,58 @@ TEST(LogFileFaults, AnEventLogThatCannotBeOpenedIsReportedOnStandardErrorAndKeep
     }
     return linesOf(error.text());
   };
+  cycle();
+  const HandleBaseline handles;
   const Texts lines = cycle();
+  EXPECT_EQ(2, handles.growth()) << "the monitors of the event log's file and of the trace handler";
+  EXPECT_EQ(Texts(), namesIn(folder.path()));
   ASSERT_EQ(1U, lines.size());
   EXPECT_EQ(messageText("KTBNV0126_UNABLE_TO_CREATE_EVENT_LOG", folder.path().string(),
                         messageText("KTBNV0054_UNABLE_TO_OPEN_FILE", (folder.path() / "x0.log").string(), kRareText)),
             lines[0]);
 }
 
-// The monitors of the handlers are made inside initialize.
+// The monitors of the handlers are made inside initialize. The event log's own comes first.
+class MonitorsFail {
+ public:
+  MonitorsFail() {
+    hook_.replaceWith([this](LPSECURITY_ATTRIBUTES access, BOOL manual, BOOL set, LPCSTR name) -> HANDLE {
+      if (hook_.calls() < 2) return hook_.callOriginal(access, manual, set, name);
+      SetLastError(kRareError);
+      return nullptr;
+    });
+  }
+
+ private:
+  EventHook hook_;
+};
+
+void expectNotInitialised() {
+  EXPECT_EQ("", RAS::getLogPath());
+  EXPECT_EQ("", RAS::getTraceSpecNamePrefix());
+  EXPECT_EQ(RASEnvironment(RASEnvironment::UNSPECIFIED), RAS::getEnvironment());
+  CapturedOutput error(CapturedOutput::error);
+  EventLog::warningNoFormat(RasDescriptor("Class1", ""), "early");
+  EXPECT_NE(std::string::npos, error.text().find(" Class1        W early"));
+}
+
 TEST(LogFileFaults, InitializeThatFailsLeavesNoHandlerAndALaterOneWorks) {
   logDirectory();
   const TempFolder folder;
   const LogFileProperties files((folder.path() / "x%g.log").string(), 1000, 2, true, false);
   const auto initialize = [&] { RAS::initialize(RASEnvironment::UNITTEST, files, files, "p.q"); };
-  {
-    EventHook hook;
-    hook.replaceWith([&](LPSECURITY_ATTRIBUTES access, BOOL manual, BOOL set, LPCSTR name) -> HANDLE {
-      // The event log's own monitor comes first.
-      if (hook.calls() < 2) return hook.callOriginal(access, manual, set, name);
-      SetLastError(kRareError);
-      return nullptr;
-    });
-    EXPECT_EQ(messageText("KTBNV0008_UNABLE_TO_CREATE_EVENT", kRareText), thrownBy<NYXException>(initialize));
+  // The second time there is something to set up anew.
+  for (int i = 0; i < 2; ++i) {
+    {
+      const MonitorsFail fail;
+      EXPECT_EQ(messageText("KTBNV0008_UNABLE_TO_CREATE_EVENT", kRareText), thrownBy<NYXException>(initialize));
+    }
+    expectNotInitialised();
+    EXPECT_EQ(Texts{"x0.log"}, namesIn(folder.path()));
+    initialize();
+    EXPECT_EQ(logDirectory().string(), RAS::getLogPath());
+    EXPECT_EQ((Texts{"x0.log", "x0.log.lck"}), namesIn(folder.path()));
   }
-  EXPECT_EQ("", RAS::getLogPath());
-  EXPECT_EQ("", RAS::getTraceSpecNamePrefix());
-  EXPECT_EQ(RASEnvironment(RASEnvironment::UNSPECIFIED), RAS::getEnvironment());
-  EXPECT_EQ(Texts{"x0.log"}, namesIn(folder.path()));
-  {
-    CapturedOutput error(CapturedOutput::error);
-    EventLog::warningNoFormat(RasDescriptor("Class1", ""), "early");
-    EXPECT_NE(std::string::npos, error.text().find(" Class1        W early"));
-  }
-  initialize();
-  EXPECT_EQ(logDirectory().string(), RAS::getLogPath());
-  EXPECT_EQ((Texts{"x0.log", "x0.log.lck"}), namesIn(folder.path()));
   RAS::shutdown();
 }
 

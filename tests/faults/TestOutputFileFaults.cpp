@@ -165,9 +165,38 @@ TEST_F(OutputFileFaults, ALockFileThatCannotBeDeletedIsTracedOnce) {
     EXPECT_EQ(hook.calls(), 1U);
   }
   EXPECT_EQ(recorder.traced("Failed to delete file: " + lock), 1);
+  EXPECT_EQ(recorder.tracedLevel("Failed to delete file: " + lock), LogLevel::FINER) << "the level of MODERATE trace";
   EXPECT_EQ(folder.names(), (Names{"t0.log", "t0.log.lck"}));
   open();
   EXPECT_EQ(folder.names(), Names{"t0.log"}) << "an old lock file locks nothing";
+}
+
+// Whether nobody has the file open.
+bool isClosed(const std::string& path) {
+  const HANDLE file = CreateFileA(path.c_str(), GENERIC_READ, 0, nullptr, OPEN_EXISTING, 0, nullptr);
+  if (file == INVALID_HANDLE_VALUE) return false;
+  CloseHandle(file);
+  return true;
+}
+
+// The next process may rotate as soon as it has the lock.
+TEST_F(OutputFileFaults, TheFileIsClosedBeforeItsLockIsReleased) {
+  auto handler = open();
+  handler->publish("line");
+  const std::string lock = folder.path("t0.log.lck");
+  ImportHook<"CloseHandle", decltype(CloseHandle)> hook;
+  int released = 0;
+  hook.replaceWith([&](HANDLE handle) {
+    const bool held = !isClosed(lock);
+    const BOOL done = hook.callOriginal(handle);
+    if (held && isClosed(lock)) {
+      ++released;
+      EXPECT_TRUE(isClosed(current));
+    }
+    return done;
+  });
+  handler.reset();
+  EXPECT_EQ(released, 1);
 }
 
 TEST_F(OutputFileFaults, FilesAreSharedForReadingAndWritingAndNotInherited) {
