@@ -6,15 +6,15 @@ import java.util.logging.Level;
 import java.util.logging.Logger;
 
 public final class TraceToLog {
-  // Loggers that nobody holds are forgotten together with their level.
-  private static final Logger NATIVE_UTILITIES = Logger.getLogger("NYXUtils");
+  // Above all native classes. A logger that nobody holds is forgotten, and its level with it.
+  private static final Logger NATIVE = Logger.getLogger("com.kelvo.tessel.nativ");
 
   public static void main(String[] arguments) throws Exception {
     ConsoleHandler console = new ConsoleHandler();
     console.setLevel(Level.ALL);
-    NATIVE_UTILITIES.setLevel(Level.ALL);
-    NATIVE_UTILITIES.setUseParentHandlers(false);
-    NATIVE_UTILITIES.addHandler(console);
+    NATIVE.setLevel(Level.ALL);
+    NATIVE.setUseParentHandlers(false);
+    NATIVE.addHandler(console);
     NativeJNI.rasSetLevel("com.kelvo.tessel.nativ.NYXUtils=FLOW");
     NativeJNI.isCurrentUserMemberOfGroup("Administrators");
   }

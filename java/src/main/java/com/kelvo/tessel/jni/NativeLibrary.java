@@ -1,7 +1,7 @@
 package com.kelvo.tessel.jni;
 
-import java.io.File;
 import java.io.IOException;
+import java.nio.file.Paths;
 import java.util.logging.Level;
 import java.util.logging.Logger;
 
@@ -40,7 +40,7 @@ public final class NativeLibrary {
   static void loadAndInitialise() {
     Platform.require(System.getProperty("os.name"), System.getProperty("os.arch"));
     LibrarySearch.load(LibraryPlaces.inOrder(), System::load);
-    String logs = System.getProperty("java.io.tmpdir") + File.separator + "tessel-native" + File.separator + "logs";
+    String logs = Paths.get(System.getProperty("java.io.tmpdir"), "tessel-native", "logs").toString();
     try {
       NativeJNI.rasInitialize(
           System.getProperty(LOG_DIRECTORY, logs), System.getProperty(TRACE_PREFIX, "com.kelvo.tessel.nativ"));

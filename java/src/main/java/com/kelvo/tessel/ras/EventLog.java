@@ -5,7 +5,7 @@ import java.util.logging.LogRecord;
 
 /**
  * The operator's events of the native library. Each goes to the logger of {@code java.util.logging} that is named after the
- * native class; escapes {@code \}{@code uXXXX} in the text become characters.
+ * native class, without any prefix; escapes {@code \}{@code uXXXX} in the text become characters.
  *
  * <p>Called from native code, on any thread; nothing is thrown. What a log handler itself causes on its thread while it
  * handles an event is dropped.

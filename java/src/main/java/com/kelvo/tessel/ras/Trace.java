@@ -5,8 +5,9 @@ import java.util.logging.LogRecord;
 
 /**
  * The method trace of the native library. Each record goes to the logger of {@code java.util.logging} that is named after
- * the native class: entry, exit and exception at {@link Level#FINER}, data at its own level. Parameter 0 of a record is the
- * address of the native object, or {@code static}; the arguments follow. Escapes {@code \}{@code uXXXX} become characters.
+ * the native class behind the prefix of trace specifications: entry, exit and exception at {@link Level#FINER}, data at
+ * its own level. Parameter 0 of a record is the address of the native object, or {@code static}; the arguments follow.
+ * Escapes {@code \}{@code uXXXX} become characters.
  *
  * <p>Called from native code, on any thread, for what {@link com.kelvo.tessel.jni.NativeJNI#rasSetLevel} has switched on;
  * nothing is thrown. What a log handler itself causes on its thread while it handles a record is dropped.

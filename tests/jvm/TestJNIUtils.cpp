@@ -1,0 +1,72 @@
+// Environments for threads that Java knows, and for those that it does not.
+#include "jvm/Jvm.h"
+
+#include <thread>
+
+#include <tessel/JNIUtils.h>
+#include <tessel/NYXException.h>
+
+#include "support/Thrown.h"
+
+namespace tessel::test {
+namespace {
+
+using Environments = JvmTest;
+
+// A machine that knows no thread and accepts none.
+struct ClosedMachine : JavaVM_ {
+  ClosedMachine() {
+    functions = &table;
+    table.GetEnv = [](JavaVM*, void**, jint version) -> jint {
+      return version == 0x10002 ? JNI_EDETACHED : JNI_EVERSION;
+    };
+    table.AttachCurrentThread = [](JavaVM*, void** env, void* arguments) -> jint {
+      *env = &closed;
+      return arguments ? JNI_EINVAL : JNI_ENOMEM;
+    };
+  }
+
+  JNIInvokeInterface_ table{};
+  static inline int closed = 0;
+};
+
+}  // namespace
+
+TEST_F(Environments, AnAttachedThreadHasItsEnvironmentAlready) {
+  JNIEnv* found = nullptr;
+  EXPECT_FALSE(JNIUtils::getJNIEnv(Jvm::instance().vm(), found));
+  EXPECT_EQ(found, &env);
+}
+
+TEST_F(Environments, AThreadThatIsNotAttachedIsAttached) {
+  bool attached = false;
+  bool again = true;
+  JNIEnv* found = nullptr;
+  JNIEnv* same = nullptr;
+  std::thread([&] {
+    attached = JNIUtils::getJNIEnv(Jvm::instance().vm(), found);
+    again = JNIUtils::getJNIEnv(Jvm::instance().vm(), same);
+    Jvm::instance().vm()->DetachCurrentThread();
+  }).join();
+  EXPECT_TRUE(attached);
+  EXPECT_FALSE(again);
+  EXPECT_NE(found, nullptr);
+  EXPECT_EQ(found, same);
+}
+
+TEST_F(Environments, WithoutAMachineThereIsNone) {
+  JNIEnv* found = &env;
+  EXPECT_EQ(thrownBy<NYXException>([&] { JNIUtils::getJNIEnv(nullptr, found); }),
+            messageText("KTBNV0169_INVALID_JVM_POINTER"));
+  EXPECT_EQ(found, nullptr);
+}
+
+TEST_F(Environments, AThreadThatCannotBeAttachedHasNone) {
+  ClosedMachine machine;
+  JNIEnv* found = &env;
+  EXPECT_EQ(thrownBy<NYXException>([&] { JNIUtils::getJNIEnv(&machine, found); }),
+            messageText("KTBNV0170_ATTACH_CURRENT_THREAD_FAILED"));
+  EXPECT_EQ(found, nullptr);
+}
+
+}  // namespace tessel::test
