@@ -8,8 +8,6 @@
 #include <mutex>
 #include <stdexcept>
 
-#include <tessel/JNIEnvWrapper.h>
-
 #include "support/Captures.h"
 
 namespace tessel::test {
@@ -169,7 +167,13 @@ calls::During::During(Body body) : body_(std::move(body)) { runDuring(&body_); }
 
 calls::During::~During() { runDuring(nullptr); }
 
-std::string textOf(JNIEnv& env, jstring string) { return JNIEnvWrapper(&env).getString(string); }
+// Not with the library's own conversion, which a test may make fail.
+std::string textOf(JNIEnv& env, jstring string) {
+  const char* characters = env.GetStringUTFChars(string, nullptr);
+  std::string text = characters;
+  env.ReleaseStringUTFChars(string, characters);
+  return text;
+}
 
 std::string takeException(JNIEnv& env) {
   const jthrowable thrown = env.ExceptionOccurred();
