@@ -176,13 +176,15 @@ bool SecureFileHandler::rotateFile(Failure& failure) const {
   return true;
 }
 
-// When the generations cannot be renamed, the current file goes on.
+// When the generations cannot be renamed, or the only file there is cannot be emptied, the current file goes on.
 void SecureFileHandler::rotate(Failure& failure) {
+  const bool isOnlyFile = files_.size() == 1 || files_[0] == files_[1];
   out_->close();
-  if (!rotateFile(failure)) {
-    open(FileContent::kept, failure);
-  } else if (open(FileContent::emptied, failure)) {
+  const bool renamed = rotateFile(failure);
+  if (renamed && open(FileContent::emptied, failure)) {
     restrictAgain();
+  } else if (!renamed || isOnlyFile) {
+    open(FileContent::kept, failure);
   }
 }
 

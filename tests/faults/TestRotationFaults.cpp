@@ -165,6 +165,26 @@ TEST_F(RotationFaults, ANewFileThatCannotBeOpenedIsOpenedByTheNextLineAndRestric
   EXPECT_GT(checks.calls(), 0U);
 }
 
+// As while a viewer has it mapped into its memory.
+TEST_F(RotationFaults, AnOnlyFileThatCannotBeEmptiedGoesOnAndIsEmptiedLater) {
+  for (const std::string name : {"only.log", "only%g.log"}) {
+    handler = folder.open({.limit = 1, .count = name == "only.log" ? 3 : 1}, name);
+    handler->publish("zero");
+    const std::string file = name == "only.log" ? name : "only0.log";
+    SecureHook secures;
+    {
+      const OpenFails opens(folder.path(file), CREATE_ALWAYS);
+      const std::string text = messageText("KTBNV0054_UNABLE_TO_OPEN_FILE", folder.path(file), kRareText);
+      EXPECT_EQ(failure("a"), text);
+      EXPECT_EQ(failure("b"), text);
+    }
+    EXPECT_EQ(folder.bytes(file), "zero\r\na\r\nb\r\n");
+    EXPECT_EQ(secures.calls(), 0U) << "it is the restricted one";
+    handler->publish("c");
+    EXPECT_EQ(folder.bytes(file), "c\r\n");
+  }
+}
+
 TEST_F(RotationFaults, ANewFileThatCannotBeRestrictedGetsNoLine) {
   {
     SecureHook hook;
