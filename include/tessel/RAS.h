@@ -32,7 +32,7 @@ class TESSEL_API RAS {
   ///
   /// @param traceSpecNamePrefix dotted prefix under which the names of trace specifications are read; may be empty.
   /// @throws PropertyNotFoundException when the log directory is not set; nothing has changed then. NYXException
-  ///         KTBNV0008: the diagnostics are then not initialised.
+  ///         KTBNV0008: the diagnostics are then not initialised, also if they were before.
   static void initialize(const RASEnvironment& environment, const LogFileProperties& eventLogProperties,
                          const LogFileProperties& traceProperties, const std::string& traceSpecNamePrefix);
 

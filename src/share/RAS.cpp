@@ -98,6 +98,12 @@ class Output {
   bool attached_ = false;
 };
 
+// In use from its construction: the next one may report failures to it.
+class AttachedOutput : public Output {
+ public:
+  explicit AttachedOutput(std::unique_ptr<LogHandler> handler) : Output(std::move(handler)) { attach(); }
+};
+
 bool wantsConsole(const RASEnvironment& environment) {
   return environment == RASEnvironment::DAEMON_FOREGROUND || environment == RASEnvironment::UNITTEST;
 }
@@ -107,17 +113,14 @@ bool wantsConsole(const RASEnvironment& environment) {
 const std::string& internal::traceSpecNamePrefix() noexcept { return textOf(specNamePrefix); }
 
 struct RAS::Outputs {
-  Output event;
-  Output console;
+  AttachedOutput event;
+  AttachedOutput console;
   Output trace;
 
   Outputs(const RASEnvironment& environment, const LogFileProperties& eventLog, const LogFileProperties& traceFile)
       : event(std::make_unique<EventLogHandler>(eventLog)),
         console(wantsConsole(environment) ? std::make_unique<ConsoleLogHandler>() : nullptr),
-        trace(std::make_unique<TraceFileLogHandler>(traceFile)) {
-    event.attach();
-    console.attach();
-  }
+        trace(std::make_unique<TraceFileLogHandler>(traceFile)) {}
 };
 
 struct RAS::State {
@@ -125,6 +128,14 @@ struct RAS::State {
   std::atomic<int> environment{RASEnvironment::UNSPECIFIED};
   std::map<std::string, Logger*> traceLoggers;  // guarded by lock
   std::unique_ptr<Outputs> outputs;             // guarded by lock; null until initialised
+
+  // As before initialize, apart from what specifications have set.
+  void takeBack() {
+    outputs.reset();
+    environment = RASEnvironment::UNSPECIFIED;
+    specNamePrefix = nullptr;
+    logPath = nullptr;
+  }
 };
 
 RAS::RAS() : state_(new State) {}
@@ -157,7 +168,8 @@ void RAS::initialize(const RASEnvironment& environment, const LogFileProperties&
   getInstance().install(environment, eventLogProperties, traceProperties, traceSpecNamePrefix);
 }
 
-// What can fail comes first. The former handlers go before the new ones are made, since they hold the names.
+// A missing log directory changes nothing. The former handlers go before the new ones are made, since they hold the
+// names.
 void RAS::install(const RASEnvironment& environment, const LogFileProperties& eventLogProperties,
                   const LogFileProperties& traceProperties, const std::string& prefix) {
   const internal::MethodTrace trace(rd, this, "initialize", environment, prefix);
@@ -167,12 +179,18 @@ void RAS::install(const RASEnvironment& environment, const LogFileProperties& ev
     return;
   }
   const std::string* path = kept(NYXEnvironment::getProperty(kLogDirectory));
-  state_->outputs.reset();
-  state_->outputs = std::make_unique<Outputs>(environment, eventLogProperties, traceProperties);
+  const std::string* keptPrefix = kept(prefix);
+  state_->takeBack();
   state_->environment = environment.getValue();
-  specNamePrefix = kept(prefix);
-  logPath = path;
-  for (const auto& [key, logger] : state_->traceLoggers) attachTrace(*logger);
+  specNamePrefix = keptPrefix;
+  logPath = path;  // for the failures that the handlers capture while they are made
+  try {
+    state_->outputs = std::make_unique<Outputs>(environment, eventLogProperties, traceProperties);
+    for (const auto& [key, logger] : state_->traceLoggers) attachTrace(*logger);
+  } catch (...) {
+    state_->takeBack();
+    throw;
+  }
 }
 
 void RAS::shutdown() {
@@ -186,10 +204,7 @@ void RAS::reset() {
   traceAvailable = false;
   debugLevel = TraceLevel::OFF;
   refreshSwitch();
-  state_->outputs.reset();
-  state_->environment = RASEnvironment::UNSPECIFIED;
-  specNamePrefix = nullptr;
-  logPath = nullptr;
+  state_->takeBack();
 }
 
 void RAS::setLevel(const std::string& traceSpecification) {

@@ -227,34 +227,47 @@ TEST(LogFileFaults, AnEventLogThatCannotBeOpenedIsReportedOnStandardErrorAndKeep
             lines[0]);
 }
 
-// The monitors of the handlers are made inside initialize.
+// The monitors of the handlers are made inside initialize. The event log's own comes first.
+class MonitorsFail {
+ public:
+  MonitorsFail() {
+    hook_.replaceWith([this](LPSECURITY_ATTRIBUTES access, BOOL manual, BOOL set, LPCSTR name) -> HANDLE {
+      if (hook_.calls() < 2) return hook_.callOriginal(access, manual, set, name);
+      SetLastError(kRareError);
+      return nullptr;
+    });
+  }
+
+ private:
+  EventHook hook_;
+};
+
+void expectNotInitialised() {
+  EXPECT_EQ("", RAS::getLogPath());
+  EXPECT_EQ("", RAS::getTraceSpecNamePrefix());
+  EXPECT_EQ(RASEnvironment(RASEnvironment::UNSPECIFIED), RAS::getEnvironment());
+  CapturedOutput error(CapturedOutput::error);
+  EventLog::warningNoFormat(RasDescriptor("Class1", ""), "early");
+  EXPECT_NE(std::string::npos, error.text().find(" Class1        W early"));
+}
+
 TEST(LogFileFaults, InitializeThatFailsLeavesNoHandlerAndALaterOneWorks) {
   logDirectory();
   const TempFolder folder;
   const LogFileProperties files((folder.path() / "x%g.log").string(), 1000, 2, true, false);
   const auto initialize = [&] { RAS::initialize(RASEnvironment::UNITTEST, files, files, "p.q"); };
-  {
-    EventHook hook;
-    hook.replaceWith([&](LPSECURITY_ATTRIBUTES access, BOOL manual, BOOL set, LPCSTR name) -> HANDLE {
-      // The event log's own monitor comes first.
-      if (hook.calls() < 2) return hook.callOriginal(access, manual, set, name);
-      SetLastError(kRareError);
-      return nullptr;
-    });
-    EXPECT_EQ(messageText("KTBNV0008_UNABLE_TO_CREATE_EVENT", kRareText), thrownBy<NYXException>(initialize));
+  // The second time there is something to set up anew.
+  for (int i = 0; i < 2; ++i) {
+    {
+      const MonitorsFail fail;
+      EXPECT_EQ(messageText("KTBNV0008_UNABLE_TO_CREATE_EVENT", kRareText), thrownBy<NYXException>(initialize));
+    }
+    expectNotInitialised();
+    EXPECT_EQ(Texts{"x0.log"}, namesIn(folder.path()));
+    initialize();
+    EXPECT_EQ(logDirectory().string(), RAS::getLogPath());
+    EXPECT_EQ((Texts{"x0.log", "x0.log.lck"}), namesIn(folder.path()));
   }
-  EXPECT_EQ("", RAS::getLogPath());
-  EXPECT_EQ("", RAS::getTraceSpecNamePrefix());
-  EXPECT_EQ(RASEnvironment(RASEnvironment::UNSPECIFIED), RAS::getEnvironment());
-  EXPECT_EQ(Texts{"x0.log"}, namesIn(folder.path()));
-  {
-    CapturedOutput error(CapturedOutput::error);
-    EventLog::warningNoFormat(RasDescriptor("Class1", ""), "early");
-    EXPECT_NE(std::string::npos, error.text().find(" Class1        W early"));
-  }
-  initialize();
-  EXPECT_EQ(logDirectory().string(), RAS::getLogPath());
-  EXPECT_EQ((Texts{"x0.log", "x0.log.lck"}), namesIn(folder.path()));
   RAS::shutdown();
 }
 

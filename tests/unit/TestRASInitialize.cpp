@@ -15,6 +15,7 @@
 #include "support/CapturedOutput.h"
 #include "support/Diagnostics.h"
 #include "support/FreshProcess.h"
+#include "support/TempProduct.h"
 #include "support/Thrown.h"
 
 namespace tessel {
@@ -272,6 +273,27 @@ TEST(RASInitialize, FailingHandlersAreReportedByThemselvesAndNothingIsThrown) {
   EXPECT_EQ("KTBNV0126E: ", lines[0].substr(0, 12));
   EXPECT_NE(std::string::npos, lines[1].find("KTBNV0018I: ")) << lines[1];
   EXPECT_NE(std::string::npos, lines[2].find("KTBNV0127E: ")) << lines[2];
+}
+
+// A text of the event log's banner and one of the trace's do not fit what is filled in.
+TEST(RASInitialize, FailuresCapturedMeanwhileAreFilesAndEventsAlready) {
+  test::inFreshProcess([] {
+    const test::TempProduct product;
+    product.writeCatalogue("KTBNVMessages", "KTBNV0084_FFDC_TAKEN=taken: {0}\n");
+    product.writeCatalogue("KTBNVElements", "KTBNV_START_LOG_BANNER1=title {0}\nKTBNV_DATE=date\n");
+    CapturedOutput error(CapturedOutput::error);
+    const Diagnostics diagnostics;
+    const Texts printed = test::linesOf(error.text());
+    const Texts names = test::namesIn(Diagnostics::captureFolder());
+    ASSERT_EQ(2U, names.size());
+    const auto announced = [](const std::string& name) {
+      return " FFDC          E taken: " + test::logDirectory().string() + "/ffdc/" + name;
+    };
+    ASSERT_EQ(1U, printed.size()) << "there is no event log yet";
+    EXPECT_NE(std::string::npos, printed[0].find(announced(names[0]))) << printed[0];
+    ASSERT_EQ(1U, diagnostics.events().size());
+    EXPECT_NE(std::string::npos, diagnostics.events()[0].find(announced(names[1]))) << diagnostics.events()[0];
+  });
 }
 
 TEST(RASInitialize, ShutdownLeavesEverythingAsBefore) {
