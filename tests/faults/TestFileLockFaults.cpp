@@ -143,6 +143,7 @@ TEST_F(FileLockFaults, AProcessNumberWhoseFileDoesNotCloseIsTraced) {
   });
   std::unique_ptr<FileLock> held(FileLock::newInstance(lock, false, true));
   EXPECT_EQ(recorder.traced("Failed to close PID file, reason: " + kRareText), 1);
+  EXPECT_EQ(recorder.tracedLevel("Failed to close PID file, reason: " + kRareText), LogLevel::FINER);
   held.reset();
   EXPECT_EQ(namesIn(folder.path()), std::vector<std::string>{"agent.lck"});
 }

@@ -165,6 +165,7 @@ TEST_F(OutputFileFaults, ALockFileThatCannotBeDeletedIsTracedOnce) {
     EXPECT_EQ(hook.calls(), 1U);
   }
   EXPECT_EQ(recorder.traced("Failed to delete file: " + lock), 1);
+  EXPECT_EQ(recorder.tracedLevel("Failed to delete file: " + lock), LogLevel::FINER) << "the level of MODERATE trace";
   EXPECT_EQ(folder.names(), (Names{"t0.log", "t0.log.lck"}));
   open();
   EXPECT_EQ(folder.names(), Names{"t0.log"}) << "an old lock file locks nothing";

@@ -31,7 +31,7 @@ void EventRecorder::publish(LogRecord& record) {
     events_.push_back(record.getMessage());
     if (record.getLogLevel() >= LogLevel::SEVERE) errors_.push_back(record.getMessage());
   } else if (record.getType() == LogRecordType::DATA) {
-    points_.push_back({record.getArgument(0), record.getArgument(1)});
+    points_.push_back({record.getArgument(0), record.getArgument(1), record.getLogLevel().getValue()});
   }
   changed_.notify_all();
 }
@@ -71,9 +71,20 @@ bool EventRecorder::waitForTraced(const std::string& argument, int times) {
 
 std::string EventRecorder::tracedValue(const std::string& argument) const {
   const std::lock_guard guard(mutex_);
+  const Point* last = lastPoint(argument);
+  return last ? last->value : std::string();
+}
+
+int EventRecorder::tracedLevel(const std::string& argument) const {
+  const std::lock_guard guard(mutex_);
+  const Point* last = lastPoint(argument);
+  return last ? last->level : -1;
+}
+
+const EventRecorder::Point* EventRecorder::lastPoint(const std::string& argument) const {
   const auto last =
       std::find_if(points_.rbegin(), points_.rend(), [&](const Point& point) { return point.argument == argument; });
-  return last == points_.rend() ? std::string() : last->value;
+  return last == points_.rend() ? nullptr : &*last;
 }
 
 Tracing::Tracing(const std::string& classNames) { RAS::setLevel(classNames + "=ALL"); }

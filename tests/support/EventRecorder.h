@@ -33,12 +33,18 @@ class EventRecorder : public LogHandler {
   bool waitForTraced(const std::string& argument, int times = 1);
   // The second argument of the last of them; empty when there is none.
   std::string tracedValue(const std::string& argument) const;
+  // The level of the last of them; -1 when there is none.
+  int tracedLevel(const std::string& argument) const;
 
  private:
   struct Point {
     std::string argument;
     std::string value;
+    int level;
   };
+
+  // Null when there is none. Called under the mutex.
+  const Point* lastPoint(const std::string& argument) const;
 
   mutable std::mutex mutex_;
   std::condition_variable changed_;

@@ -256,8 +256,10 @@ TEST(RAS, TracesTheNamesThatGetFullTrace) {
   const test::RecordingHandler recorded("RAS");
   RAS::setLevel("+full.a");
   bool found = false;
-  for (const std::string& message : recorded.messages()) {
-    found = found || message.find(" data [addLogger for key: full.a]") != std::string::npos;
+  for (const test::Recorded& record : recorded.records()) {
+    if (record.message.find(" data [addLogger for key: full.a]") == std::string::npos) continue;
+    found = true;
+    EXPECT_EQ(LogLevel::FINER, record.level.getValue()) << "the level of MODERATE trace";
   }
   EXPECT_TRUE(found);
 }
