@@ -99,5 +99,10 @@ TEST(AccessText, AnEntryIsALine) {
   EXPECT_EQ(lineOf({1, 0, 1, "a long name"}, 3), "deny   a long name  0x00000001  read data (here)");
 }
 
+TEST(AccessText, AnEntryOfAnotherTypeClaimsNothingAboutItsRights) {
+  EXPECT_EQ(lineOf({9, kBoth, 0, "-"}, 3), "type 9  -                not shown (here, folders and files below)");
+  EXPECT_EQ(lineOf({0, 0, 0, "-"}, 4), "allow  -     0x00000000  no rights (here)");
+}
+
 }  // namespace
 }  // namespace tesselctl

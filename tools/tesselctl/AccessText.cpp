@@ -130,8 +130,11 @@ std::string lineOf(const Access& access, std::size_t principalWidth) {
   principal.resize(std::max(principal.size(), principalWidth), ' ');
   std::string type = typeText(access.type);
   type.resize(std::max(type.size(), typeText(0).size()), ' ');
-  return type + "  " + principal + "  " + hexadecimal(access.mask, "0x%08x") + "  " + rightsText(access.mask) + " (" +
-         scopeText(access.flags) + ")";
+  // Of other types neither rights nor principal were read.
+  const bool known = access.type <= kDeny;
+  const std::string number = known ? hexadecimal(access.mask, "0x%08x") : std::string(10, ' ');
+  const std::string rights = known ? rightsText(access.mask) : "not shown";
+  return type + "  " + principal + "  " + number + "  " + rights + " (" + scopeText(access.flags) + ")";
 }
 
 }  // namespace tesselctl

@@ -31,7 +31,7 @@ std::string rightsText(std::uint32_t mask);
 // "here", "here, folders and files below, inherited"...
 std::string scopeText(unsigned flags);
 
-// The entry on a line, the principal padded to that width.
+// The entry on a line, the principal padded to that width. The rights of a "type N" are not shown: nobody read them.
 std::string lineOf(const Access& access, std::size_t principalWidth);
 
 }  // namespace tesselctl
