@@ -141,6 +141,24 @@ TEST_F(CaptureFaults, AFolderThatCannotBeRestrictedIsReportedAndTheRecordAnnounc
   expectWholeRecordAnnounced(1);
 }
 
+// From the open that fails on there is no memory for a text as long as the record.
+TEST_F(CaptureFaults, AnAnnouncementWithoutMemoryIsGivenUpWithoutAnException) {
+  constexpr std::size_t kLong = 1U << 20U;
+  {
+    ImportHook<"malloc", void*(std::size_t)> memory;
+    OpenHook open;
+    open.replaceWith([&](const char* path, const char* mode) -> FILE* {
+      if (!isCapture(path)) return open.callOriginal(path, mode);
+      memory.replaceWith([&](std::size_t size) { return size < kLong ? memory.callOriginal(size) : nullptr; });
+      SetLastError(kRareError);
+      return nullptr;
+    });
+    capture(std::string(kLong, 'x'));
+  }
+  ASSERT_EQ(1U, events.records().size());
+  EXPECT_EQ(messageText("KTBNV0054_UNABLE_TO_OPEN_FILE", capturePath(announced(0)), kRareText), announced(0));
+}
+
 void tracePoint() {
   const RasDescriptor rd("Traced", "");
   if (rd.isFlowOn()) Trace::entry(rd, "method1");

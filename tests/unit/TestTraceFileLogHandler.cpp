@@ -170,6 +170,31 @@ TEST(TraceFileLogHandler, ReportThatComesBackToTheHandlerIsHarmless) {
   EXPECT_EQ(1U, events.records().size());
 }
 
+// Whoever hears of the failure may wait for a thread that traces.
+TEST(TraceFileLogHandler, ReportIsMadeWhileOtherThreadsCanTrace) {
+  class Tracing : public LogHandler {
+   public:
+    explicit Tracing(TraceFileLogHandler& handler) : LogHandler(LogLevel::ALL), handler_(handler) {}
+    void publish(LogRecord& /*record*/) override {
+      std::thread([this] { traceEntry(handler_, "method1"); }).join();
+      ++reports;
+    }
+    int reports = 0;
+
+   private:
+    TraceFileLogHandler& handler_;
+  };
+  const test::TempFolder folder;
+  const std::filesystem::path blocked = folder.write("file", "") / "sub";
+  Logger& logger = *Logger::getLogger("TraceFileLogHandler");
+  TraceFileLogHandler handler(propertiesIn(blocked));
+  Tracing tracing(handler);
+  logger.addHandler(tracing);
+  traceEntry(handler, "method1");
+  logger.removeHandler(tracing);
+  EXPECT_EQ(1, tracing.reports);
+}
+
 TEST(TraceFileLogHandler, FileThatCouldNotBeOpenedIsNotTriedAgain) {
   const test::TempFolder folder;
   const std::filesystem::path blocked = folder.write("file", "") / "sub";
