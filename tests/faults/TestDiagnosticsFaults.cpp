@@ -238,7 +238,11 @@ TEST(LogFileFaults, AnEventLogThatCannotBeOpenedIsReportedOnStandardErrorAndKeep
     }
     return linesOf(error.text());
   };
+  cycle();
+  const HandleBaseline handles;
   const Texts lines = cycle();
+  EXPECT_EQ(2, handles.growth()) << "the monitors of the event log's file and of the trace handler";
+  EXPECT_EQ(Texts(), namesIn(folder.path()));
   ASSERT_EQ(1U, lines.size());
   EXPECT_EQ(messageText("KTBNV0126_UNABLE_TO_CREATE_EVENT_LOG", folder.path().string(),
                         messageText("KTBNV0054_UNABLE_TO_OPEN_FILE", (folder.path() / "x0.log").string(), kRareText)),
