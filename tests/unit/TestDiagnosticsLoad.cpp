@@ -166,12 +166,13 @@ TEST(DiagnosticsLoad, TraceComesThroughAgainAfterAllTheSwitching) {
   EXPECT_EQ(before + 6, diagnostics.traceLines().size());
 }
 
-// Initialised and taken down again and again while others trace, log and capture.
+// Initialised, set up anew and taken down again and again while others trace, log and capture.
 TEST(DiagnosticsLoad, InitializeAndShutdownWhileEverythingIsUsed) {
   test::logDirectory();
   const test::TempFolder folder;
   const LogFileProperties events((folder.path() / "event%g.log").string(), 1000, 2, true, false);
   const LogFileProperties trace((folder.path() / "trace%g.log").string(), 1000, 2, true, false);
+  test::CapturedOutput output(test::CapturedOutput::output);
   test::CapturedOutput error(test::CapturedOutput::error);
   {
     const TracedClass traced;
@@ -186,6 +187,7 @@ TEST(DiagnosticsLoad, InitializeAndShutdownWhileEverythingIsUsed) {
     repeat(kRestarts, [&](int i) {
       RAS::initialize(RASEnvironment::DAEMON, events, trace, i % 2 == 0 ? "p.q" : "");
       RAS::setLevel("=ALL");
+      RAS::initialize(RASEnvironment::UNITTEST, events, trace, "");
       RAS::shutdown();
     });
   }
