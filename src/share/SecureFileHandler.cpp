@@ -180,11 +180,10 @@ bool SecureFileHandler::rotateFile(Failure& failure) const {
 void SecureFileHandler::rotate(Failure& failure) {
   const bool isOnlyFile = files_.size() == 1 || files_[0] == files_[1];
   out_->close();
-  if (!rotateFile(failure)) {
-    open(FileContent::kept, failure);
-  } else if (open(FileContent::emptied, failure)) {
+  const bool renamed = rotateFile(failure);
+  if (renamed && open(FileContent::emptied, failure)) {
     restrictAgain();
-  } else if (isOnlyFile) {
+  } else if (!renamed || isOnlyFile) {
     open(FileContent::kept, failure);
   }
 }

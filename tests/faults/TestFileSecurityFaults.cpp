@@ -103,6 +103,18 @@ TEST_F(FileSecurityFaults, AUserWhoseSizeIsNotToldIsReported) {
   hook.passOn();
 }
 
+// Whatever the question for the size answers: the reading decides.
+TEST_F(FileSecurityFaults, AUserWhoseSizeComesWithAnErrorIsReadAllTheSame) {
+  ImportHook<"GetTokenInformation", decltype(GetTokenInformation)> hook;
+  hook.replaceWith([&](HANDLE token, TOKEN_INFORMATION_CLASS kind, void* buffer, DWORD size, DWORD* needed) -> BOOL {
+    const BOOL done = hook.callOriginal(token, kind, buffer, size, needed);
+    if (!buffer) SetLastError(kRare);
+    return done;
+  });
+  NYXUtils::mkpriv(file_, false, false);
+  EXPECT_EQ(hook.calls(), 2U);
+}
+
 TEST_F(FileSecurityFaults, AdministratorsThatCannotBeBuiltAreReported) {
   SidHook hook;
   failAt(hook, 1);

@@ -16,4 +16,7 @@ enum class TokenRead { done, sizeFailed, readFailed };
 // Asks for the size, then reads. On failure the thread's last error tells why.
 TokenRead readToken(HANDLE token, TOKEN_INFORMATION_CLASS kind, TokenBuffer& buffer);
 
+// The same for the user, but only the reading decides: without the right size it fails, too.
+bool readUser(HANDLE token, TokenBuffer& buffer);
+
 }  // namespace tessel::internal

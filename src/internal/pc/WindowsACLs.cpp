@@ -72,9 +72,7 @@ void FileAccess::readUser() {
   if (!OpenProcessToken(GetCurrentProcess(), TOKEN_QUERY, token.receive())) {
     throw failure("KTBNV0021_OPENPROCESSTOKEN_ERROR");
   }
-  if (readToken(token.get(), TokenUser, user_) != TokenRead::done) {
-    throw failure("KTBNV0022_GETTOKENINFORMATION_ERROR");
-  }
+  if (!internal::readUser(token.get(), user_)) throw failure("KTBNV0022_GETTOKENINFORMATION_ERROR");
   list_.addRoomFor(user());
 }
 
