@@ -10,7 +10,9 @@ import com.kelvo.tessel.ipc.IPCServer;
 import com.kelvo.tessel.ipc.impl.NativeIPCClient;
 import com.kelvo.tessel.ipc.impl.NativeIPCServer;
 import java.io.IOException;
+import java.util.ArrayList;
 import java.util.Arrays;
+import java.util.List;
 import org.junit.jupiter.api.AfterEach;
 import org.junit.jupiter.api.BeforeEach;
 import org.junit.jupiter.api.Nested;
@@ -60,6 +62,21 @@ class MessagingTest {
         assertEquals("cba", Echo.ask(client, "abc"));
         assertEquals("", Echo.ask(client, ""));
         assertEquals("\u00ff\u0080", Echo.ask(client, "\u0080\u00ff"));
+      }
+    }
+
+    @Test
+    void threadsThatShareAClientEachGetTheirOwnReplies() throws Exception {
+      try (Echo echo = new Echo();
+          NativeIPCClient client = echo.connect()) {
+        List<Background<Void>> threads = new ArrayList<>();
+        for (int i = 0; i < 4; i++) {
+          String text = "thread " + i;
+          threads.add(new Background<>(() -> assertEchoed(client, text)));
+        }
+        for (Background<Void> thread : threads) {
+          thread.result();
+        }
       }
     }
 
@@ -192,6 +209,13 @@ class MessagingTest {
         }
         assertEquals("after", Echo.ask(client, "after"));
       }
+    }
+
+    private static Void assertEchoed(NativeIPCClient client, String text) throws IPCException {
+      for (int i = 0; i < 20; i++) {
+        assertEquals(text, Echo.ask(client, text));
+      }
+      return null;
     }
 
     private static IPCException assertFails(Class<? extends IPCException> type, Executable call) {

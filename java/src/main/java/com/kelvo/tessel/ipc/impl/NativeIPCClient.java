@@ -7,8 +7,9 @@ import java.util.Objects;
 /**
  * A connected client of a local service: one request, one reply.
  *
- * <p>Keep a client for many requests, since connecting costs more than an exchange; one request runs at a time. Close it in
- * the end, nothing else does. {@link #close()} may be called by any thread, also while a request is running.
+ * <p>Keep a client for many requests, since connecting costs more than an exchange; the requests of several threads run
+ * one after another. Close it in the end, nothing else does. {@link #close()} may be called by any thread, also while a
+ * request is running.
  *
  * <p>Requests are cut at 1024 bytes, without an error, and replies at their first zero byte. An empty reply can mean that
  * the server was lost while its reply was awaited.
@@ -20,6 +21,9 @@ public final class NativeIPCClient implements AutoCloseable {
   static {
     NativeLibrary.load();
   }
+
+  /** Held by the request that runs; never by close, which ends it. */
+  private final Object exchange = new Object();
 
   private final NativeHandle handle;
 
@@ -50,7 +54,9 @@ public final class NativeIPCClient implements AutoCloseable {
    */
   public byte[] sendMessage(byte[] request, int timeoutMillis) throws IPCException {
     Objects.requireNonNull(request, "request");
-    return sendMessage(handle.get(), request, timeoutMillis);
+    synchronized (exchange) {
+      return sendMessage(handle.get(), request, timeoutMillis);
+    }
   }
 
   /**
