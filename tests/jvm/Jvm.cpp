@@ -5,6 +5,7 @@
 #include <cstdarg>
 #include <cstdio>
 #include <cstdlib>
+#include <cstring>
 #include <mutex>
 #include <stdexcept>
 
@@ -27,6 +28,7 @@ Output& output() {
 jint JNICALL keep(void*, const char* format, std::va_list arguments) {
   char text[4096];
   const int length = std::vsnprintf(text, sizeof text, format, arguments);
+  if (std::strstr(text, "FATAL")) std::fputs(text, stderr);  // the process ends here
   const std::lock_guard guard(output().mutex);
   output().text += text;
   return length;
