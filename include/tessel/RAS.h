@@ -95,6 +95,7 @@ class TESSEL_API RAS {
   RAS& operator=(const RAS& other);
 
   static RAS& getInstance();
+  bool prepare(const RASEnvironment& environment);
   bool wouldInstall(const RASEnvironment& environment) const;
   void install(const RASEnvironment& environment, const std::string& prefix,
                const std::function<std::unique_ptr<Outputs>()>& makeOutputs);

@@ -195,7 +195,7 @@ void RAS::initialize(const RASEnvironment& environment, JNIEnv* env, const std::
   fetchCatalogues();
   std::unique_ptr<LogHandler> event;
   std::unique_ptr<LogHandler> trace;
-  if (getInstance().wouldInstall(environment)) {
+  if (getInstance().prepare(environment)) {
     event = std::make_unique<JavaEventLogHandler>(env);
     trace = std::make_unique<JavaTraceFileLogHandler>(env);
   }
@@ -204,6 +204,14 @@ void RAS::initialize(const RASEnvironment& environment, JNIEnv* env, const std::
     return std::make_unique<Outputs>(
         environment, [&] { return std::move(event); }, [&] { return std::move(trace); });
   });
+}
+
+// What the new handlers report while they are made has its file.
+bool RAS::prepare(const RASEnvironment& environment) {
+  const StateLock lock(state_->lock);
+  if (!wouldInstall(environment)) return false;
+  logPath = kept(NYXEnvironment::getProperty(kLogDirectory));
+  return true;
 }
 
 bool RAS::wouldInstall(const RASEnvironment& environment) const {
