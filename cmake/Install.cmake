@@ -15,6 +15,9 @@ install(
   DESTINATION lib
   FILES_MATCHING
   PATTERN "*.properties")
+# Built by Maven beforehand: mvn -f java/pom.xml -Dtessel.dll.folder=<folder of the DLL> package
+set(jars ${PROJECT_SOURCE_DIR}/java/target/tessel-native-${PROJECT_VERSION})
+install(FILES ${jars}.jar ${jars}-sources.jar ${jars}-javadoc.jar DESTINATION ${CMAKE_INSTALL_DATADIR}/java OPTIONAL)
 install(FILES LICENSE DESTINATION ${CMAKE_INSTALL_DOCDIR})
 if(TARGET tesselctl)
   install(TARGETS tesselctl RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR})

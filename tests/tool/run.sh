@@ -374,7 +374,7 @@ without_line_ends() { tr -d '\r' <"$1"; }
 case_both_ends_of_a_service_write_event_log_and_trace() {
   local logs=$work/logs
   serve --log-dir "$logs" --trace =FLOW --count 1
-  run 0 ipc send "$service" --quiet --log-dir "$logs" --trace com.kelvo.tessel.native.IPCClientImpl <<<'abc'
+  run 0 ipc send "$service" --quiet --log-dir "$logs" --trace com.kelvo.tessel.nativ.IPCClientImpl <<<'abc'
   equal "reply" ABC "$(cat "$work/out")"
   server_ends 0 "requests: 1, clients: 1"
   equal "files" "output0.log output0.log.1 trace0.log trace0.log.1" "$(ls "$logs" | xargs)"
@@ -384,7 +384,7 @@ case_both_ends_of_a_service_write_event_log_and_trace() {
   grep -qF "RAS           I KTBNV0018I: The trace specification '=FLOW' was applied." "$logs/output0.log" || fail "event"
   grep -qE ' com\.kelvo\.tessel\.native\.IPCServerImpl +.*  \{  connect ' "$logs/trace0.log" || fail "server's trace"
   grep -qE ' com\.kelvo\.tessel\.native\.IPCClientImpl +.*  \{  sendMessage ' "$logs/trace0.log.1" || fail "client's trace"
-  ! grep -qF 'com.kelvo.tessel.native.IPCMessage ' "$logs/trace0.log.1" || fail "a class of the client that was not asked for"
+  ! grep -qF 'com.kelvo.tessel.nativ.IPCMessage ' "$logs/trace0.log.1" || fail "a class of the client that was not asked for"
 }
 
 case_the_properties_decide_about_the_log_files_and_the_trace() {

@@ -18,7 +18,7 @@ using tessel::NativeProperties;
 using tessel::NativePropertyItem;
 using tessel::NYXPropConstant;
 
-constexpr const char* kPrefix = "com.kelvo.tessel.native";
+constexpr const char* kPrefix = "com.kelvo.tessel.nativ";
 
 // A file cannot be larger than its limit can say.
 int bytes(int megabytes) {

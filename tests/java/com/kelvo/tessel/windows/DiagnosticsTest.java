@@ -9,7 +9,11 @@ import static org.junit.jupiter.api.Assertions.assertTrue;
 import com.kelvo.tessel.ipc.IPCException;
 import com.kelvo.tessel.ipc.impl.NativeIPCClient;
 import com.kelvo.tessel.jni.NativeJNI;
+import com.kelvo.tessel.jni.NativeLibrary;
+import guide.Secure;
 import java.io.IOException;
+import java.nio.file.Files;
+import java.nio.file.Path;
 import java.util.Arrays;
 import java.util.Collections;
 import java.util.concurrent.atomic.AtomicBoolean;
@@ -31,6 +35,25 @@ class DiagnosticsTest {
               "FINER com.kelvo.tessel.nativ.NYXUtils." + CHECK + " RETURN static false"),
           log.lines(line -> line.contains(" com.kelvo.tessel.nativ.NYXUtils." + CHECK)));
     }
+  }
+
+  @Test
+  void aSystemPropertySwitchesTraceOnFromTheStart() throws Exception {
+    Path configuration = Folders.emptyFile("logging");
+    Files.write(
+        configuration,
+        Arrays.asList(
+            "handlers=java.util.logging.ConsoleHandler",
+            "java.util.logging.ConsoleHandler.level=ALL",
+            "com.kelvo.tessel.nativ.level=ALL"));
+    ChildJVM child =
+        new ChildJVM(Secure.class, configuration.toString())
+            .classPath(Folders.origin(NativeLibrary.class), Folders.origin(Secure.class))
+            .property(NativeLibrary.PATH, Folders.library())
+            .property(NativeLibrary.TRACE, "com.kelvo.tessel.nativ.NYXUtils=FLOW")
+            .property("java.util.logging.config.file", configuration);
+    String output = child.start().join().output();
+    assertTrue(output.contains("FINER: ENTRY static " + configuration + "\n"), output);
   }
 
   @Test

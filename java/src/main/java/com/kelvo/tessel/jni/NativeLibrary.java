@@ -23,6 +23,12 @@ public final class NativeLibrary {
   /** System property: the prefix of the names in a trace specification. Default: {@code com.kelvo.tessel.nativ}. */
   public static final String TRACE_PREFIX = "com.kelvo.tessel.native.traceprefix";
 
+  /**
+   * System property: a trace specification that holds from the moment the library is loaded, as {@link
+   * NativeJNI#rasSetLevel} takes it. Default: no trace.
+   */
+  public static final String TRACE = "com.kelvo.tessel.native.trace";
+
   private NativeLibrary() {}
 
   /**
@@ -44,6 +50,10 @@ public final class NativeLibrary {
     try {
       NativeJNI.rasInitialize(
           System.getProperty(LOG_DIRECTORY, logs), System.getProperty(TRACE_PREFIX, "com.kelvo.tessel.nativ"));
+      String trace = System.getProperty(TRACE);
+      if (trace != null) {
+        NativeJNI.rasSetLevel(trace);
+      }
     } catch (IOException | RuntimeException failure) {
       // The library works without them.
       Logger.getLogger(NativeLibrary.class.getName()).log(Level.WARNING, "no native diagnostics", failure);
