@@ -20,8 +20,8 @@ class Logger;
 /// Sets up and switches the diagnostics of the process.
 ///
 /// initialize() installs the event log and prepares the trace files, setLevel() decides which classes are traced, and
-/// shutdown() ends both. Every operation may be called from any thread, except from inside a log handler. The queries
-/// take no lock.
+/// shutdown() ends both. Every operation may be called from any thread; initialize() and shutdown() not from inside a
+/// log handler. The queries take no lock.
 class TESSEL_API RAS {
  public:
   /// Starts the event log, also shown on the console by DAEMON_FOREGROUND and UNITTEST, and prepares the trace files,

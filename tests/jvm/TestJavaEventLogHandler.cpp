@@ -2,11 +2,14 @@
 #include "jvm/Jvm.h"
 
 #include <thread>
+#include <utility>
 
 #include <tessel/JavaEventLogHandler.h>
 #include <tessel/LogRecord.h>
 
+#include "jvm/ClosedMachine.h"
 #include "support/Captures.h"
+#include "support/Thrown.h"
 
 namespace tessel::test {
 namespace {
@@ -109,9 +112,11 @@ TEST_F(JavaEventLog, APendingExceptionIsPendingAgainAfterwards) {
   EXPECT_EQ(takeException(env), "java.io.IOException: mine");
   EXPECT_EQ(calls::take(), Texts{"infoNoFormat(IPCServer, meanwhile)"});
 
+  const Captures captures;
   calls::throwIn("infoNoFormat");
   env.ThrowNew(env.FindClass("java/io/IOException"), "mine");
   publish(handler, LogLevel::INFO, "failing");
+  EXPECT_EQ(captures.records().size(), 1U);
   EXPECT_EQ(takeException(env), "java.io.IOException: mine");
 }
 
@@ -142,6 +147,29 @@ TEST_F(JavaEventLog, WithoutAnEnvironmentTheHandlerForwardsNothing) {
   EXPECT_EQ(captures.values("Method:"), Texts{"JavaEventLogHandler"});
   EXPECT_EQ(captures.values("Arg[0]:"), Texts{"JNI environment not available"});
   EXPECT_EQ(calls::take(), Texts());
+}
+
+TEST_F(JavaEventLog, AMachineThatAcceptsNoThreadIsCapturedOnce) {
+  static ClosedMachine machine;
+  JNINativeInterface_ table = *env.functions;
+  table.GetJavaVM = [](JNIEnv*, JavaVM** vm) -> jint {
+    *vm = &machine;
+    return JNI_OK;
+  };
+  const Captures captures;
+  {
+    const JNINativeInterface_* const original = std::exchange(env.functions, &table);
+    JavaEventLogHandler handler(&env);
+    env.functions = original;
+    publish(handler, LogLevel::SEVERE, "lost");
+    publish(handler, LogLevel::SEVERE, "lost");
+  }
+  EXPECT_EQ(calls::take(), Texts());
+  EXPECT_EQ(captures.values("Method:"), Texts{"publish"});
+  EXPECT_EQ(captures.values("Probe:"), Texts{"FFDC_009"});
+  EXPECT_EQ(captures.values("Cause:"),
+            Texts{"class NYXException: " + messageText("KTBNV0170_ATTACH_CURRENT_THREAD_FAILED")});
+  EXPECT_EQ(captures.values("Arg[0]:"), Texts{"JNI environment not available"});
 }
 
 }  // namespace tessel::test

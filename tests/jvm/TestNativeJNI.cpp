@@ -13,6 +13,7 @@
 #include "faults/FileSecurityHooks.h"
 #include "jvm/JavaDiagnostics.h"
 #include "jvm/NativeMethods.h"
+#include "support/CapturedOutput.h"
 #include "support/Thrown.h"
 
 namespace tessel::test {
@@ -287,6 +288,20 @@ TEST_F(JavaInitialization, ASecondOneIsIgnored) {
   const RasDescriptor rd("JavaInitialization", "B");
   EventLog::infoNoFormat(rd, "once");
   EXPECT_EQ(calls::take(), Texts{"infoNoFormat(JavaInitialization, once)"});
+}
+
+TEST_F(JavaInitialization, AUnitTestMayInitialiseAgainAndSeesEventsOnTheConsole) {
+  CapturedOutput output(CapturedOutput::output);
+  for (const char* prefix : {"first", "second"}) {
+    RAS::initialize(RASEnvironment::UNITTEST, &env, logDirectory().string(), prefix);
+    EXPECT_EQ(RAS::getTraceSpecNamePrefix(), prefix);
+  }
+  const RasDescriptor rd("JavaInitialization", "B");
+  EventLog::infoNoFormat(rd, "once");
+  RAS::shutdown();
+  EventLog::infoNoFormat(rd, "to nobody");
+  EXPECT_EQ(calls::take(), Texts{"infoNoFormat(JavaInitialization, once)"});
+  EXPECT_EQ(output.text(), "once\n");
 }
 
 TEST_F(JavaInitialization, TheLevelMayBeSetBefore) {

@@ -40,6 +40,36 @@ TEST(Monitor, TryLockNestsForTheHolderAndFailsForOthers) {
   EXPECT_EQ(releaseAll(monitor), 2);
 }
 
+TEST(Monitor, TryLockWithALimitNestsForTheHolderAndGivesUpForOthers) {
+  NYXThreadSyncImpl monitor;
+  EXPECT_TRUE(monitor.tryLock(0));
+  EXPECT_TRUE(monitor.tryLock(1));
+  EXPECT_FALSE(onOtherThread([&] { return monitor.tryLock(0); }));
+  EXPECT_FALSE(onOtherThread([&] { return monitor.tryLock(20); }));
+  EXPECT_EQ(releaseAll(monitor), 2);
+}
+
+TEST(Monitor, TryLockWithALimitGetsTheMonitorAsSoonAsItIsFree) {
+  constexpr long kHour = 3'600'000;
+  constexpr int kThreads = 4;
+  constexpr int kRounds = 500;
+  NYXThreadSyncImpl monitor;
+  int value = 0;
+  std::vector<std::thread> threads;
+  for (int i = 0; i < kThreads; ++i) {
+    threads.emplace_back([&] {
+      for (int round = 0; round < kRounds; ++round) {
+        if (!monitor.tryLock(kHour)) continue;
+        ++value;
+        monitor.unlock();
+      }
+    });
+  }
+  for (std::thread& thread : threads) thread.join();
+  EXPECT_EQ(value, kThreads * kRounds);
+  EXPECT_TRUE(isFree(monitor));
+}
+
 TEST(Monitor, LockBlocksUntilTheHolderUnlocks) {
   NYXThreadSyncImpl monitor;
   int value = 1;

@@ -114,7 +114,8 @@ void JavaSink::captureCall(const LogRecord& record) const {
 }
 
 LocalRef<jstring> JavaSink::Publication::text(const std::string& text) {
-  LocalRef<jstring> string(env_, failed_ ? nullptr : env_.NewStringUTF(javaFromNative(text).c_str()));
+  if (failed_) return {env_, nullptr};
+  LocalRef<jstring> string(env_, env_.NewStringUTF(isPlain(text) ? text.c_str() : javaFromNative(text).c_str()));
   if (!string) failed_ = true;
   return string;
 }

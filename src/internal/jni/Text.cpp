@@ -108,12 +108,13 @@ bool ansiFromJava(std::string_view modifiedUtf8, std::string& ansi) {
   return false;
 }
 
+bool isPlain(std::string_view text) noexcept {
+  return std::all_of(text.begin(), text.end(), isAscii) && text.find(kEscape) == std::string_view::npos;
+}
+
 std::string javaFromNative(std::string_view text) {
-  const bool plain = std::all_of(text.begin(), text.end(), isAscii);
-  const bool escapes = text.find(kEscape) != std::string_view::npos;
-  if (plain && !escapes) return std::string(text);
   const std::string java = javaFromText(text);
-  return escapes ? javaFromText(withoutEscapes(java)) : java;
+  return isPlain(java) ? java : javaFromText(withoutEscapes(java));
 }
 
 }  // namespace tessel::internal::jni

@@ -15,6 +15,9 @@ namespace tessel::internal::jni {
 // to be shown.
 bool ansiFromJava(std::string_view modifiedUtf8, std::string& ansi);
 
+// Whether javaFromNative would change nothing.
+bool isPlain(std::string_view text) noexcept;
+
 // Modified UTF-8 that is always valid. Escapes become characters. A text that is well-formed UTF-8 of either kind is
 // taken as that; any other is in the ANSI code page.
 std::string javaFromNative(std::string_view text);
