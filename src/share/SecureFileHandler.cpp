@@ -213,7 +213,11 @@ void SecureFileHandler::publish(const std::string& text) {
   const MethodTrace trace(rd, this, "publish");
   Failure failure;
   const bool escaped = internal::containsByte(text, '\\') && text.find("\\u") != std::string::npos;
-  writeLine(escaped ? getUtf8EncodedString(text) : text, failure);
+  if (escaped) {
+    writeLine(getUtf8EncodedString(text), failure);
+  } else {
+    writeLine(text, failure);
+  }
   failure.throwIfAny(trace);
 }
 
