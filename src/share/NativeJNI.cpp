@@ -16,8 +16,6 @@ namespace tessel {
 namespace {
 
 using internal::jni::becomes;
-using internal::jni::EntryPoint;
-using internal::jni::ExceptionRow;
 using internal::jni::ExceptionTable;
 using internal::jni::guarded;
 using internal::jni::NativeCall;
