@@ -65,4 +65,6 @@
 #include <tessel/TraceFileLogHandler.h>
 #include <tessel/TraceLevel.h>
 #include <tessel/TraceThrowingLogRecord.h>
+#include <tessel/VXBiface.h>
+#include <tessel/VXBifaceImpl.h>
 #include <tessel/WindowsGroupType.h>

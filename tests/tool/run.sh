@@ -455,6 +455,27 @@ case_a_missing_catalogue_of_the_language_is_an_error_not_a_wait() {
   LC_ALL=fr_FR.UTF-8 run 0 --version
 }
 
+# Installations of the messaging client beside a product, made for the tests.
+queue_managers() { printf 'Z:%s/queue-manager/%s/product' "$(cd "$folder/.." && pwd)" "$1"; }
+
+case_a_queue_manager_is_connected_to_and_disconnected_from() {
+  run 0 qm QM.one --root "$(queue_managers complete)"
+  equal "output" "$(printf 'connect: completion code 0, reason 0\ndisconnect: completion code 0, reason 0')" "$(cat "$work/out")"
+  KTB_PROD=$(queue_managers complete) run 0 qm QM.one
+}
+
+case_the_exit_code_of_qm_tells_the_step_that_failed() {
+  run 3 qm QM.one --root "$(queue_managers nowhere)"
+  contains err "tesselctl: KTBNV0151E: Unable to load the messaging client library '$(queue_managers nowhere)\..\bin64\omni'."
+  run 3 qm QM.one --root "$(queue_managers without-disconnect)"
+  contains err "tesselctl: KTBNV0153E: "
+  TESSEL_QM_CONNECT=2,2059 run 4 qm QM.one --root "$(queue_managers complete)"
+  equal "output" "connect: completion code 2, reason 2059" "$(cat "$work/out")"
+  TESSEL_QM_DISCONNECT=1,7 run 5 qm QM.one --root "$(queue_managers complete)"
+  equal "last line" "disconnect: completion code 1, reason 7" "$(tail -n 1 "$work/out")"
+  run 2 qm
+}
+
 # Each case has a lock file of its own; the command is the tool itself or the system's shell.
 case_lock_passes_the_exit_code_of_its_command_on() {
   run 0 lock "$work/a.lck" -- cmd /c exit 0
