@@ -4,8 +4,9 @@ set(queue_managers ${PROJECT_BINARY_DIR}/queue-manager)
 foreach(variant IN ITEMS complete without-connect without-disconnect)
   set(target omni-${variant})
   add_library(${target} SHARED support/queuemanager/omni.cpp)
-  set_target_properties(${target} PROPERTIES PREFIX "" OUTPUT_NAME omni RUNTIME_OUTPUT_DIRECTORY
-                                                                        ${queue_managers}/${variant}/bin64)
+  set(folder ${queue_managers}/${variant}/bin64)
+  set_target_properties(${target} PROPERTIES PREFIX "" OUTPUT_NAME omni RUNTIME_OUTPUT_DIRECTORY ${folder}
+                                             ARCHIVE_OUTPUT_DIRECTORY ${folder})
   tessel_warnings(${target})
   tessel_hardening(${target})
   file(MAKE_DIRECTORY ${queue_managers}/${variant}/product)
