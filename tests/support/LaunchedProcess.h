@@ -89,7 +89,7 @@ inline std::string alphabet(std::size_t size) {
 class AlphabetCounter : public ProcessStreamReaderListener {
  public:
   void processOutput(const std::string& data) override {
-    for (const char c : data) right_ = right_ && c == static_cast<char>('a' + bytes_++ % 26);
+    for (const char c : data) right_ = c == static_cast<char>('a' + bytes_++ % 26) && right_;
     longest_ = std::max(longest_, data.size());
   }
   std::size_t bytes() const { return bytes_; }

@@ -444,7 +444,7 @@ TEST(ProcessStreams, EachChunkIsTracedWithItsLength) {
   process.waitForProcess();
   const std::vector<std::string> lines = linesWith("bytesRead: ", log);
   ASSERT_EQ(lines.size(), 1U);
-  EXPECT_EQ(lines[0], "");
+  EXPECT_EQ(lines[0], "-  d  run data [bytesRead: ] [5] [ data: ] [ab]");
 }
 
 TEST(ProcessStreams, TheArgumentsAreTracedWithNullForNull) {

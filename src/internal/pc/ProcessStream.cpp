@@ -12,7 +12,7 @@ namespace tessel::internal {
 namespace {
 
 constexpr unsigned long kLook = 10;    // milliseconds
-constexpr int kLooksForACancel = 500;  // a read that so many do not end is given up
+constexpr int kLooksForACancel = 200;  // a read that so many do not end is given up
 
 }  // namespace
 
