@@ -53,6 +53,7 @@ int main(int argc, char** argv) {
   tesselctl::addLock(app, command);
   tesselctl::addProps(app, command);
   tesselctl::addQm(app, command);
+  tesselctl::addRun(app, command);
   CLI::App* trace = app.add_subcommand("trace", "Trace files");
   trace->require_subcommand(1);
   tesselctl::addTraceView(*trace, command);
