@@ -14,6 +14,8 @@ tessel_warnings(test_support)
 tessel_hardening(test_support)
 # Most of a test's compile time is its headers and its optimisation; what is tested is the DLL.
 target_precompile_headers(test_support PRIVATE <gmock/gmock.h>)
+include(queuemanager.cmake)
+include(processes.cmake)
 target_compile_options(test_support PUBLIC $<$<CXX_COMPILER_ID:GNU>:-O1>)
 
 # tessel_test_program(<target> <folder>): a program of every source in the folder; none when there is no source.

@@ -40,6 +40,8 @@
 #include <tessel/NYXException.h>
 #include <tessel/NYXIOException.h>
 #include <tessel/NYXMessageTooShortException.h>
+#include <tessel/NYXProcess.h>
+#include <tessel/NYXProcessImpl.h>
 #include <tessel/NYXPropConstant.h>
 #include <tessel/NYXRunnable.h>
 #include <tessel/NYXThread.h>
@@ -51,6 +53,9 @@
 #include <tessel/NativeProperties.h>
 #include <tessel/NativePropertyItem.h>
 #include <tessel/ProcessSignalActionHandler.h>
+#include <tessel/ProcessStreamReader.h>
+#include <tessel/ProcessStreamReaderImpl.h>
+#include <tessel/ProcessStreamReaderListener.h>
 #include <tessel/PropertyNotFoundException.h>
 #include <tessel/RAS.h>
 #include <tessel/RASEnvironment.h>
@@ -65,4 +70,6 @@
 #include <tessel/TraceFileLogHandler.h>
 #include <tessel/TraceLevel.h>
 #include <tessel/TraceThrowingLogRecord.h>
+#include <tessel/VXBiface.h>
+#include <tessel/VXBifaceImpl.h>
 #include <tessel/WindowsGroupType.h>

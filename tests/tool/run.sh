@@ -455,6 +455,108 @@ case_a_missing_catalogue_of_the_language_is_an_error_not_a_wait() {
   LC_ALL=fr_FR.UTF-8 run 0 --version
 }
 
+# Installations of the messaging client beside a product, made for the tests.
+queue_managers() { printf 'Z:%s/queue-manager/%s/product' "$(cd "$folder/.." && pwd)" "$1"; }
+
+case_a_queue_manager_is_connected_to_and_disconnected_from() {
+  run 0 qm QM.one --root "$(queue_managers complete)"
+  equal "output" "$(printf 'connect: completion code 0, reason 0\ndisconnect: completion code 0, reason 0')" "$(cat "$work/out")"
+  KTB_PROD=$(queue_managers complete) run 0 qm QM.one
+}
+
+case_the_exit_code_of_qm_tells_the_step_that_failed() {
+  run 3 qm QM.one --root "$(queue_managers nowhere)"
+  contains err "tesselctl: KTBNV0151E: Unable to load the messaging client library '$(queue_managers nowhere)\..\bin64\omni'."
+  run 3 qm QM.one --root "$(queue_managers without-disconnect)"
+  contains err "tesselctl: KTBNV0153E: "
+  TESSEL_QM_CONNECT=2,2059 run 4 qm QM.one --root "$(queue_managers complete)"
+  equal "output" "connect: completion code 2, reason 2059" "$(cat "$work/out")"
+  TESSEL_QM_DISCONNECT=1,7 run 5 qm QM.one --root "$(queue_managers complete)"
+  equal "last line" "disconnect: completion code 1, reason 7" "$(tail -n 1 "$work/out")"
+  run 2 qm
+}
+
+# The program of the tests of process launching.
+child() { printf 'Z:%s/process_child.exe' "$(cd "$folder" && pwd)"; }
+
+case_run_shows_which_stream_each_line_is_from() {
+  run 0 run -- "$(child)" do-say "$(printf 'one\ntwo')" "$(printf 'three\n')"
+  equal "output" "$(printf 'err: three\nout: one\nout: two')" "$(sort "$work/out")"
+  equal "standard error" "" "$(cat "$work/err")"
+}
+
+case_run_passes_the_exit_code_on() {
+  run 0 run -- "$(child)" do-exit 0
+  run 7 run -- "$(child)" do-exit 7
+  run 3 run -- cmd /c exit 3
+  run 3 run -- CMD.EXE /c exit 3
+}
+
+case_run_gives_the_program_its_arguments_unchanged() {
+  run 0 run -- "$(child)" 'C:\a b\' 'say "hi"' '' '"quoted"' 'a\"b' --dir
+  local expected='' argument
+  for argument in 'C:\a b\' 'say "hi"' '' '"quoted"' 'a\"b' --dir; do
+    expected+=$(printf 'out: %s' "$(printf %s "$argument" | od -An -v -tx1 | tr -d ' \n')")$'\n'
+  done
+  equal "arguments" "$expected" "$(tail -n +2 "$work/out" | tr -d '\r')"$'\n'
+}
+
+case_run_forwards_its_input_byte_by_byte() {
+  printf 'a\0b\r\n\377no line end' >"$work/given"
+  run 0 run --tee "$work/tee" -- "$(child)" do-echo <"$work/given"
+  printf 'out: a\0b\r\nout: \377no line end\n' >"$work/expected"
+  equal "output" "$(bytes "$work/expected")" "$(bytes "$work/out")"
+  equal "tee" "$(bytes "$work/expected")" "$(bytes "$work/tee")"
+}
+
+case_run_loses_nothing_of_much_output() {
+  run 0 run -- "$(child)" do-write both 3000000
+  equal "bytes" 6000000 "$(sed 's/^[a-z]*: //' "$work/out" | tr -d '\n' | wc -c)"
+}
+
+case_run_starts_the_program_in_a_directory() {
+  mkdir "$work/inside"
+  run 0 run --dir "Z:$work/inside" -- "$(child)" do-print-directory
+  contains out inside
+  run 1 run --dir "Z:$work/none" -- "$(child)" do-print-directory
+  contains err "tesselctl: KTBNV0007E: Unable to start a process."
+}
+
+case_run_reports_what_it_cannot_start_or_write() {
+  run 1 run -- no-such-program
+  error_line "cannot find the program 'no-such-program' in the search path"
+  : >"$work/script.bat"
+  run 1 run -- "Z:$work/script.bat"
+  contains err "is no .exe program"
+  run 1 run --tee "$work/none/tee" -- "$(child)" do-exit 0
+  error_line "cannot write $work/none/tee"
+  run 2 run
+  error_line "COMMAND is required"
+}
+
+case_run_stops_the_program_when_interrupted() {
+  local line= code=0
+  mkfifo "$work/lines"
+  wine "$folder/tesselctl.exe" run -- "$(child)" do-sleep "$(printf 'ready\n ')" </dev/null >"$work/lines" 2>"$work/err" &
+  server=$!
+  exec 6<"$work/lines"
+  read -r -t 60 line <&6 || true
+  equal "first line" "out: ready" "$line"
+  kill -INT "$server"
+  wait "$server" || code=$?
+  server=
+  equal "exit code" 130 "$code"
+  equal "last line" "out:  " "$(cat <&6)"
+  exec 6<&-
+}
+
+case_run_stops_the_program_when_its_output_cannot_be_written() {
+  local code=0
+  tesselctl run -- "$(child)" do-write out 100000000 </dev/null 2>"$work/err" | head -c 100 >"$work/out" || code=$?
+  [ "$code" != 0 ] || fail "exit code 0"
+  contains err "tesselctl: cannot write to standard output"
+}
+
 # Each case has a lock file of its own; the command is the tool itself or the system's shell.
 case_lock_passes_the_exit_code_of_its_command_on() {
   run 0 lock "$work/a.lck" -- cmd /c exit 0

@@ -18,6 +18,8 @@ void addCheck(CLI::App& group, Command& chosen);
 void addAcl(CLI::App& group, Command& chosen);
 void addLock(CLI::App& app, Command& chosen);
 void addProps(CLI::App& group, Command& chosen);
+void addQm(CLI::App& app, Command& chosen);
+void addRun(CLI::App& app, Command& chosen);
 void addTraceView(CLI::App& group, Command& chosen);
 
 }  // namespace tesselctl

@@ -2,6 +2,7 @@
 
 #include <stdexcept>
 
+#include <tessel/NYXProcess.h>
 #include <tessel/NYXUtils.h>
 
 #include "internal/pc/UniqueHandle.h"
@@ -10,19 +11,6 @@ namespace tesselctl {
 namespace {
 
 using tessel::internal::UniqueHandle;
-
-// Backslashes stand for themselves unless a quotation mark follows: the closing one, too.
-void appendQuoted(std::string& line, const std::string& word) {
-  std::size_t backslashes = 0;
-  line += '"';
-  for (const char c : word) {
-    if (c == '"') line.append(backslashes + 1, '\\');
-    backslashes = c == '\\' ? backslashes + 1 : 0;
-    line += c;
-  }
-  line.append(backslashes, '\\');
-  line += '"';
-}
 
 BOOL WINAPI passOver(DWORD /*event*/) { return TRUE; }
 
@@ -55,11 +43,8 @@ std::string commandLine(const std::vector<std::string>& words) {
   for (const std::string& word : words) {
     if (!line.empty()) line += ' ';
     // Only where it must be: not every program reads quotation marks as these rules have it.
-    if (word.empty() || word.find_first_of(" \t\"") != std::string::npos) {
-      appendQuoted(line, word);
-    } else {
-      line += word;
-    }
+    const bool plain = !word.empty() && word.find_first_of(" \t\"") == std::string::npos;
+    line += plain ? word : tessel::NYXProcess::quoteArgument(word);
   }
   return line;
 }
@@ -71,6 +56,18 @@ int runProgram(const std::vector<std::string>& words) {
   WaitForSingleObject(process.get(), INFINITE);
   GetExitCodeProcess(process.get(), &code);
   return static_cast<int>(code);
+}
+
+// The case of a name does not matter to the system, but that of its end does to NYXProcess.
+std::string findProgram(const std::string& name) {
+  constexpr const char* kExtension = ".exe";
+  constexpr DWORD kLongestPath = 32768;
+  std::string path(kLongestPath, '\0');
+  path.resize(SearchPathA(nullptr, name.c_str(), kExtension, kLongestPath, path.data(), nullptr));
+  if (path.empty()) throw std::runtime_error("cannot find the program '" + name + "' in the search path");
+  const std::size_t end = path.size() < 4 ? 0 : path.size() - 4;
+  if (lstrcmpiA(path.c_str() + end, kExtension) != 0) throw std::runtime_error("'" + path + "' is no .exe program");
+  return path.replace(end, std::string::npos, kExtension);
 }
 
 }  // namespace tesselctl

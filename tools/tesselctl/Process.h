@@ -13,4 +13,8 @@ std::string commandLine(const std::vector<std::string>& words);
 // program's affair meanwhile. Returns its exit code; throws std::runtime_error when it cannot be started.
 int runProgram(const std::vector<std::string>& words);
 
+// The full name of a program that may lie in the search path, as NYXProcess takes it: ending in ".exe". Throws
+// std::runtime_error when there is none.
+std::string findProgram(const std::string& name);
+
 }  // namespace tesselctl

@@ -52,6 +52,8 @@ int main(int argc, char** argv) {
   tesselctl::addAcl(app, command);
   tesselctl::addLock(app, command);
   tesselctl::addProps(app, command);
+  tesselctl::addQm(app, command);
+  tesselctl::addRun(app, command);
   CLI::App* trace = app.add_subcommand("trace", "Trace files");
   trace->require_subcommand(1);
   tesselctl::addTraceView(*trace, command);

@@ -78,6 +78,27 @@ class UniqueHandle {
   HANDLE handle_ = nullptr;
 };
 
+// A loaded library.
+class UniqueModule {
+ public:
+  explicit UniqueModule(HMODULE module) noexcept : module_(module) {}
+  UniqueModule(const UniqueModule&) = delete;
+  UniqueModule& operator=(const UniqueModule&) = delete;
+  ~UniqueModule() {
+    const KeepLastError keep;
+    close();
+  }
+
+  explicit operator bool() const noexcept { return module_ != nullptr; }
+  HMODULE get() const noexcept { return module_; }
+  HMODULE release() noexcept { return std::exchange(module_, nullptr); }
+  // The last error tells why it failed. The module is given up all the same.
+  bool close() noexcept { return !module_ || FreeLibrary(release()) != 0; }
+
+ private:
+  HMODULE module_;
+};
+
 struct SidDeleter {
   void operator()(void* sid) const noexcept {
     const KeepLastError keep;

@@ -1,0 +1,9 @@
+#include <tessel/VXBiface.h>
+
+namespace tessel {
+
+VXBiface::VXBiface() = default;
+
+VXBiface::~VXBiface() = default;
+
+}  // namespace tessel

@@ -1,0 +1,74 @@
+#include <memory>
+#include <stdexcept>
+#include <string>
+
+#include <tessel/NYXException.h>
+#include <tessel/NYXUtils.h>
+#include <tessel/VXBiface.h>
+
+#include "Commands.h"
+#include "Output.h"
+
+namespace tesselctl {
+namespace {
+
+using tessel::NYXUtils;
+
+// The exit codes tell the step.
+constexpr int kNotLoaded = 3;
+constexpr int kNotConnected = 4;
+constexpr int kNotDisconnected = 5;
+
+struct Options {
+  std::string name;
+  std::string root;
+};
+
+// What the middleware answered; 0 is success, whatever the reason says.
+struct Codes {
+  long completion = 0;
+  long reason = 0;
+
+  bool failed() const { return completion != 0; }
+  void print(const std::string& step) const {
+    printLine(step + ": completion code " + std::to_string(completion) + ", reason " + std::to_string(reason));
+  }
+};
+
+int run(const Options& options) {
+  const std::string root = options.root.empty() ? NYXUtils::getKTBProdRoot() : options.root;
+  const std::unique_ptr<tessel::VXBiface> queues(tessel::VXBiface::newInstance());
+  try {
+    if (!root.empty()) NYXUtils::addBinDirToPath(root);
+    queues->initialize(root);
+  } catch (const tessel::NYXException& exception) {
+    printError(exception.getMessage());
+    return kNotLoaded;
+  }
+  Codes codes;
+  queues->connect(options.name, &codes.completion, &codes.reason);
+  codes.print("connect");
+  if (codes.failed()) return kNotConnected;
+  queues->disconnect(&codes.completion, &codes.reason);
+  codes.print("disconnect");
+  return codes.failed() ? kNotDisconnected : 0;
+}
+
+}  // namespace
+
+void addQm(CLI::App& app, Command& chosen) {
+  CLI::App* command =
+      app.add_subcommand("qm", "Connect to a queue manager and disconnect again, to see whether it can be reached.");
+  const auto options = std::make_shared<Options>();
+  command->add_option("NAME", options->name, "The queue manager")->required();
+  command->add_option(
+      "--root", options->root,
+      "The product root beside which the messaging client is installed, in bin64; KTB_PROD unless given");
+  command->footer(
+      "Prints the completion code and the reason of both steps as the messaging client answers them. Exit codes: 0\n"
+      "both steps succeeded, 2 wrong usage, 3 the client library cannot be loaded, 4 not connected, 5 not "
+      "disconnected.");
+  command->callback([options, &chosen] { chosen = [options] { return run(*options); }; });
+}
+
+}  // namespace tesselctl

@@ -1,0 +1,214 @@
+#include <algorithm>
+#include <array>
+#include <atomic>
+#include <chrono>
+#include <condition_variable>
+#include <fstream>
+#include <iterator>
+#include <memory>
+#include <mutex>
+#include <stdexcept>
+#include <string>
+#include <string_view>
+#include <thread>
+#include <utility>
+#include <vector>
+
+#include <tessel/NYXProcessImpl.h>
+#include <tessel/NYXUtils.h>
+#include <tessel/ProcessSignalActionHandler.h>
+
+#include "Commands.h"
+#include "Output.h"
+#include "Process.h"
+#include "internal/pc/Platform.h"
+
+namespace tesselctl {
+namespace {
+
+using tessel::NYXProcessImpl;
+
+// As shells have it for a program that an interrupt ended.
+constexpr int kInterrupted = 130;
+// How long the output of a child that was stopped is waited for, which its own children may hold open.
+constexpr std::chrono::seconds kDrainLimit{2};
+
+struct Options {
+  std::string directory;
+  std::string tee;
+  std::vector<std::string> command;
+};
+
+// Where the lines of both streams go, one after the other.
+class Lines {
+ public:
+  explicit Lines(const std::string& tee) {
+    if (tee.empty()) return;
+    file_.open(tee, std::ios::binary | std::ios::trunc);
+    if (!file_) throw std::runtime_error("cannot write " + tee);
+    tee_ = tee;
+  }
+
+  // Throws std::runtime_error.
+  void write(const std::string& lines) {
+    const std::lock_guard guard(mutex_);
+    printText(lines);
+    if (tee_.empty()) return;
+    file_ << lines << std::flush;
+    if (!file_) throw std::runtime_error("cannot write " + tee_);
+  }
+
+ private:
+  std::mutex mutex_;
+  std::ofstream file_;
+  std::string tee_;
+};
+
+// Puts the name of the stream before each line. A line that has not ended is kept, up to a length that costs no memory
+// to speak of.
+class LineCutter {
+ public:
+  explicit LineCutter(std::string prefix) : prefix_(std::move(prefix)) {}
+
+  // What is complete with these bytes.
+  std::string add(std::string_view bytes) {
+    constexpr std::size_t kLongestLine = 65536;
+    std::string lines;
+    for (std::size_t end; (end = bytes.find('\n')) != std::string_view::npos; bytes.remove_prefix(end + 1)) {
+      lines += prefix_ + std::exchange(begun_, "");
+      lines += bytes.substr(0, end + 1);
+    }
+    begun_ += bytes;
+    if (begun_.size() >= kLongestLine) lines += rest();
+    return lines;
+  }
+
+  // What the stream ended with, if it was no line end.
+  std::string rest() { return begun_.empty() ? "" : prefix_ + std::exchange(begun_, "") + '\n'; }
+
+ private:
+  std::string prefix_;
+  std::string begun_;
+};
+
+// A child whose streams are those of this process. Never deleted: the thread that waits for the input, and one that
+// reads what a grandchild writes, may still be there when the process ends.
+class Session : public tessel::ProcessSignalActionHandler {
+ public:
+  Session(int argc, char** argv, const Options& options)
+      : process_(argc, argv, options.directory), lines_(options.tee) {}
+
+  int run() {
+    process_.start();
+    tessel::NYXUtils::handleSignals(this);
+    std::thread([this] { read(process_.getOutputStream(), "out: "); }).detach();
+    std::thread([this] { read(process_.getErrorStream(), "err: "); }).detach();
+    std::thread([this] { forwardInput(); }).detach();
+    const int code = process_.waitForProcess();
+    const std::string failure = waitForReaders();
+    if (!failure.empty()) throw std::runtime_error(failure);
+    return interrupted_ ? kInterrupted : code;
+  }
+
+  void action(int signal) override {
+    defaultAction(signal);
+    interrupted_ = true;
+    stop();
+  }
+
+ private:
+  void stop() {
+    process_.stop();
+    const std::lock_guard guard(mutex_);
+    stopped_ = true;
+    changed_.notify_all();
+  }
+
+  // Past the listeners, which are given texts: here every byte counts.
+  void read(HANDLE stream, const std::string& prefix) {
+    std::array<char, 65536> block{};
+    LineCutter cutter(prefix);
+    std::string failure;
+    try {
+      DWORD length = 0;
+      while (ReadFile(stream, block.data(), static_cast<DWORD>(block.size()), &length, nullptr) && length > 0) {
+        lines_.write(cutter.add({block.data(), length}));
+      }
+      lines_.write(cutter.rest());
+    } catch (const std::exception& exception) {
+      failure = exception.what();
+      process_.stop();
+    }
+    const std::lock_guard guard(mutex_);
+    if (failure_.empty()) failure_ = failure;
+    stopped_ = stopped_ || !failure.empty();
+    --readers_;
+    changed_.notify_all();
+  }
+
+  // Returns what went wrong.
+  std::string waitForReaders() {
+    std::unique_lock guard(mutex_);
+    changed_.wait(guard, [this] { return readers_ == 0 || stopped_; });
+    changed_.wait_for(guard, kDrainLimit, [this] { return readers_ == 0; });
+    return failure_;
+  }
+
+  void forwardInput() {
+    std::array<char, 4096> block{};
+    const HANDLE input = GetStdHandle(STD_INPUT_HANDLE);
+    DWORD length = 0;
+    while (ReadFile(input, block.data(), static_cast<DWORD>(block.size()), &length, nullptr) && length > 0) {
+      if (!write({block.data(), length})) return;  // the child has ended
+    }
+    process_.closeInputStream();
+  }
+
+  bool write(std::string_view bytes) {
+    while (!bytes.empty()) {
+      DWORD written = 0;
+      if (!WriteFile(process_.getInputStream(), bytes.data(), static_cast<DWORD>(bytes.size()), &written, nullptr)) {
+        return false;
+      }
+      bytes.remove_prefix(written);
+    }
+    return true;
+  }
+
+  NYXProcessImpl process_;
+  Lines lines_;
+  std::atomic<bool> interrupted_{false};
+  std::mutex mutex_;
+  std::condition_variable changed_;
+  std::string failure_;  // guarded by mutex_, like the following
+  int readers_ = 2;
+  bool stopped_ = false;
+};
+
+int run(const Options& options) {
+  std::vector<std::string> words{findProgram(options.command.front())};
+  std::transform(options.command.begin() + 1, options.command.end(), std::back_inserter(words),
+                 tessel::NYXProcess::quoteArgument);
+  std::vector<char*> arguments;
+  for (std::string& word : words) arguments.push_back(word.data());
+  return (new Session(static_cast<int>(arguments.size()), arguments.data(), options))->run();
+}
+
+}  // namespace
+
+void addRun(CLI::App& app, Command& chosen) {
+  CLI::App* command = app.add_subcommand("run", "Run a program and show which stream each line of its output is from.");
+  const auto options = std::make_shared<Options>();
+  command->add_option("--dir", options->directory, "Directory that the program works in; this one unless given");
+  command->add_option("--tee", options->tee, "File that the output goes to as well; overwritten");
+  command
+      ->add_option("COMMAND", options->command, "Program, looked for in the search path, and its arguments, behind --")
+      ->required();
+  command->footer(
+      "Each line goes to standard output behind \"out: \" or \"err: \". Standard input goes to the program, which is\n"
+      "stopped when this one is interrupted. The exit code is that of the program; 130 after an interrupt, 1 when the\n"
+      "program cannot be started or its output cannot be written, 2 wrong usage.");
+  command->callback([options, &chosen] { chosen = [options] { return run(*options); }; });
+}
+
+}  // namespace tesselctl
