@@ -26,16 +26,12 @@ final class Rounds {
     return Arrays.stream(times).mapToDouble(Rounds::median).toArray();
   }
 
-  static double median(DoubleSupplier measurement) {
-    return medians(measurement)[0];
-  }
-
   private static double median(double[] values) {
     Arrays.sort(values);
     return values[values.length / 2];
   }
 
-  /** Nanoseconds of one call, in a Java virtual machine of its own, warmed up; of samples the median. */
+  /** Nanoseconds of one call, in a Java virtual machine of its own, warmed up: the median of iterations or samples. */
   static double time(String benchmark, String service) {
     Options options =
         new OptionsBuilder()

@@ -10,6 +10,7 @@ import java.nio.file.Paths;
 /** A server of each kind that sends back what it gets, both in processes of their own. */
 final class Servers implements AutoCloseable {
   private static final long WAIT_MILLIS = 50;
+  private static final int WARM_UP = 10_000;
 
   final String nativeService;
   final String javaService;
@@ -31,6 +32,16 @@ final class Servers implements AutoCloseable {
             javaService);
     await(nativeServer, nativeService);
     await(javaServer, javaService);
+    warmUp(javaService);
+  }
+
+  /** The machines of the clients are warmed up by JMH, the server's is not. */
+  private static void warmUp(String service) {
+    long client = Natives.connect(service);
+    for (int i = 0; i < WARM_UP; i++) {
+      Natives.exchange(client);
+    }
+    Natives.disconnect(client);
   }
 
   /** A program that lies beside the libraries. */
