@@ -2,6 +2,7 @@
 #pragma once
 
 #include <algorithm>
+#include <cmath>
 #include <cstdint>
 #include <cstdio>
 #include <string>
@@ -83,6 +84,11 @@ inline std::string duration(double nanoseconds) {
   if (nanoseconds < 1e3) return number(nanoseconds) + " ns";
   if (nanoseconds < 1e6) return number(nanoseconds / 1e3) + " us";
   return number(nanoseconds / 1e6) + " ms";
+}
+
+// With its sign.
+inline std::string difference(double nanoseconds) {
+  return (nanoseconds < 0 ? "-" : "+") + duration(std::abs(nanoseconds));
 }
 
 // A row of the table of results.

@@ -1,5 +1,9 @@
 // Trace records and events on their whole way to a rotating file, line by line, against lines that are ready.
+// The peer in a Java virtual machine is a program of its own, which writes the nanoseconds of a record.
+//
+// usage: bench_records NANOSECONDS_OF_JAVA
 #include <algorithm>
+#include <cstdlib>
 #include <filesystem>
 #include <fstream>
 #include <memory>
@@ -86,7 +90,7 @@ std::string lineLike(const std::filesystem::path& file) {
   return std::string((last.size() + beforeLast.size()) / 2, 'x') + "\n";
 }
 
-void compareRecords(const std::filesystem::path& folder, spdlog::logger& logger) {
+void compareRecords(const std::filesystem::path& folder, spdlog::logger& logger, double javaTime) {
   record();
   record();
   PlainFile plain(folder / "plain.log", lineLike(folder / "trace0.log"));
@@ -96,6 +100,10 @@ void compareRecords(const std::filesystem::path& folder, spdlog::logger& logger)
                     "WriteFile of a ready line", 1.6);
   bench::printTimes("enabled trace record to a rotating file", bench::compareCalls(record, log),
                     "spdlog, rotating sink, flush per record", 0.5);
+  const std::uint64_t records = bench::callsPerBatch(record);
+  bench::printTimes("enabled trace record to a rotating file",
+                    bench::medians([&] { return bench::timeOf(record, records); }, [&] { return javaTime; }),
+                    "java.util.logging's FileHandler in a warm Java virtual machine", 0.5);
   const auto one = [] { return perCall(1, record); };
   const auto four = [] { return perCall(kThreads, record); };
   bench::printTimes("trace record from four threads, per record", bench::medians(four, one), "one thread", 1.5);
@@ -111,13 +119,18 @@ void measureIsOn() {
   const bench::Pair times = bench::compareCalls(ask, nothing);
   const double added = times.ours - times.peer;
   bench::printRow("isOn of a class that is off while trace is available", bench::duration(times.ours),
-                  bench::duration(times.peer) + ", an empty loop", "+" + bench::duration(added), "at most +2 ns",
+                  bench::duration(times.peer) + ", an empty loop", bench::difference(added), "at most +2 ns",
                   added <= 2);
 }
 
 }  // namespace
 
-int main() {
+int main(int argc, char** argv) {
+  const double javaTime = argc == 2 ? std::strtod(argv[1], nullptr) : 0;
+  if (!(javaTime > 0)) {
+    std::fprintf(stderr, "bench_records: how long does Java take?\n");
+    return 1;
+  }
   const bench::TempFile anyFile("any.log");
   const std::filesystem::path folder = std::filesystem::path(anyFile.path()).parent_path();
   tessel::NYXEnvironment::setProperty("com.kelvo.tessel.native.logdir", folder.string());
@@ -131,7 +144,7 @@ int main() {
         std::make_shared<spdlog::sinks::rotating_file_sink_mt>((folder / "spdlog.log").string(), kLimit, kCount);
     spdlog::logger logger("BenchRecords", file);
     logger.flush_on(spdlog::level::trace);
-    compareRecords(folder, logger);
+    compareRecords(folder, logger, javaTime);
   }
   measureIsOn();
   tessel::RAS::shutdown();

@@ -1,3 +1,5 @@
+package com.kelvo.tessel.bench;
+
 import java.io.BufferedInputStream;
 import java.io.FileInputStream;
 import java.io.IOException;
