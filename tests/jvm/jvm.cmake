@@ -9,6 +9,9 @@ find_program(
   HINTS $ENV{JAVA_HOME}/bin
   PATHS ${jdk_programs} REQUIRED)
 file(GLOB_RECURSE java_sources CONFIGURE_DEPENDS ${CMAKE_CURRENT_LIST_DIR}/java/*.java)
+# The exceptions of the messaging are those of the jar.
+file(GLOB ipc_sources CONFIGURE_DEPENDS ${PROJECT_SOURCE_DIR}/java/src/main/java/com/kelvo/tessel/ipc/*.java)
+list(APPEND java_sources ${ipc_sources})
 set(classes ${CMAKE_CURRENT_BINARY_DIR}/jvm-classes)
 add_custom_command(
   OUTPUT ${classes}.stamp
