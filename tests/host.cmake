@@ -39,6 +39,8 @@ if(host_tests OR PORTABLE_TESTS)
   target_sources(host_tests PRIVATE ${PROJECT_SOURCE_DIR}/tools/tesselctl/AccessText.cpp)
   target_include_directories(host_tests PRIVATE ${PROJECT_SOURCE_DIR}/tools)
   target_link_libraries(host_tests PRIVATE tessel_host GTest::gtest GTest::gmock_main)
+  # Most of a test's compile time.
+  target_precompile_headers(host_tests PRIVATE <gmock/gmock.h>)
   tessel_warnings(host_tests)
   add_test(NAME host_tests COMMAND host_tests)
 endif()
