@@ -7,14 +7,15 @@
 #include <string>
 #include <vector>
 
-#include <psapi.h>
-
 #include <tessel/NYXException.h>
 #include <tessel/NYXProcessImpl.h>
 #include <tessel/ProcessStreamReaderListener.h>
 
 #include "BenchTimer.h"
 #include "internal/pc/UniqueHandle.h"
+
+// Needs what the others bring.
+#include <psapi.h>
 
 namespace {
 

@@ -20,6 +20,9 @@ namespace {
 
 using Texts = std::vector<std::string>;
 
+// As the system names it.
+const std::string kProgram = std::filesystem::path(kChildProgram).make_preferred().string();
+
 constexpr int kRunsAlready = 3;
 constexpr int kGaveUp = 4;
 
@@ -33,17 +36,16 @@ class ControllerProcess {
     process_.start();
   }
 
-  // The program says so each time it is started.
-  bool waitForStart(int number) { return output_.waitForBytes(std::string("ready").size() * number); }
+  // The program says so each time it is started; the event may come a little later.
+  bool waitForStart(std::size_t number) {
+    if (!output_.waitForBytes(std::string("ready").size() * number)) return false;
+    while (numbersOfPrograms().size() < number) SwitchToThread();
+    return true;
+  }
 
   // The program that runs now ends with exit code 1.
   void killProgram() {
-    const std::string started = "I Started " + kChildProgram + " as process ";
-    Texts events = this->events();
-    while (!events.empty() && events.back().find(started) != 0) events.pop_back();
-    ASSERT_FALSE(events.empty());
-    const unsigned long number = std::stoul(events.back().substr(started.size()));
-    const HANDLE program = OpenProcess(PROCESS_TERMINATE, FALSE, number);
+    const HANDLE program = OpenProcess(PROCESS_TERMINATE, FALSE, numbersOfPrograms().back());
     EXPECT_NE(TerminateProcess(program, 1), 0);
     CloseHandle(program);
   }
@@ -83,6 +85,15 @@ class ControllerProcess {
   }
 
  private:
+  std::vector<unsigned long> numbersOfPrograms() const {
+    const std::string started = "I Started " + kProgram + " as process ";
+    std::vector<unsigned long> numbers;
+    for (const std::string& event : events()) {
+      if (event.starts_with(started)) numbers.push_back(std::stoul(event.substr(started.size())));
+    }
+    return numbers;
+  }
+
   static Texts words(const std::string& properties, const std::string& folder, Texts program) {
     Texts words{TESSEL_CONTROLLER, properties, folder};
     words.insert(words.end(), program.begin(), program.end());
@@ -96,14 +107,14 @@ class ControllerProcess {
   LaunchedProcess process_;
 };
 
-const std::string kStarted = "I Started " + kChildProgram + " as process #";
+const std::string kStarted = "I Started " + kProgram + " as process #";
 const std::string kKilled = "W Process # has ended with exit code 1";
 const std::string kEnds = "I The controller ends";
 
 TEST(ControllerExample, RestartsAProgramAsOftenAsAllowedAndThenGivesUp) {
   const TempFolder folder;
   ControllerProcess controller(folder, "maxRestartCount=2\nmaxRestartInterval=600\n", child({"do-sleep"}));
-  for (int start = 1; start <= 3; ++start) {
+  for (std::size_t start = 1; start <= 3; ++start) {
     ASSERT_TRUE(controller.waitForStart(start));
     controller.killProgram();
   }
@@ -117,7 +128,7 @@ TEST(ControllerExample, RestartsAfterTheDelayAndCountsAnewWhenOneIsSet) {
   const TempFolder folder;
   ControllerProcess controller(folder, "maxRestartCount=1\nmaxRestartInterval=600\nmaxRestartDelay=1\n",
                                child({"do-sleep"}));
-  for (int start = 1; start <= 4; ++start) {
+  for (std::size_t start = 1; start <= 4; ++start) {
     ASSERT_TRUE(controller.waitForStart(start));
     if (start < 4) controller.killProgram();
   }
@@ -131,7 +142,7 @@ TEST(ControllerExample, RestartsAfterTheDelayAndCountsAnewWhenOneIsSet) {
 TEST(ControllerExample, RestartsThatAreLongAgoDoNotCount) {
   const TempFolder folder;
   ControllerProcess controller(folder, "maxRestartCount=1\nmaxRestartInterval=0\n", child({"do-sleep"}));
-  for (int start = 1; start <= 3; ++start) {
+  for (std::size_t start = 1; start <= 3; ++start) {
     ASSERT_TRUE(controller.waitForStart(start));
     if (start < 3) controller.killProgram();
   }

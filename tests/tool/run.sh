@@ -488,8 +488,16 @@ case_run_shows_which_stream_each_line_is_from() {
 case_run_passes_the_exit_code_on() {
   run 0 run -- "$(child)" do-exit 0
   run 7 run -- "$(child)" do-exit 7
-  run 3 run -- cmd /c exit 3
-  run 3 run -- CMD.EXE /c exit 3
+}
+
+case_run_looks_for_the_program_in_the_search_path() {
+  mkdir "$work/path"
+  cp "$folder/process_child.exe" "$work/path/Other.EXE"
+  export WINEPATH=Z:$work/path
+  run 3 run -- other do-exit 3
+  run 4 run -- OTHER.EXE do-exit 4
+  unset WINEPATH
+  run 1 run -- other do-exit 3
 }
 
 case_run_gives_the_program_its_arguments_unchanged() {

@@ -189,8 +189,8 @@ int run(const Options& options) {
   std::vector<std::string> words{findProgram(options.command.front())};
   std::transform(options.command.begin() + 1, options.command.end(), std::back_inserter(words),
                  tessel::NYXProcess::quoteArgument);
-  std::vector<char*> arguments;
-  for (std::string& word : words) arguments.push_back(word.data());
+  std::vector<char*> arguments(words.size());
+  std::transform(words.begin(), words.end(), arguments.begin(), [](std::string& word) { return word.data(); });
   return (new Session(static_cast<int>(arguments.size()), arguments.data(), options))->run();
 }
 

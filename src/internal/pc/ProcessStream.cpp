@@ -44,9 +44,15 @@ struct ProcessStream::Reader {
     }
   }
 
+  // The object refers to itself from now on.
+  void leaveBehind(const std::shared_ptr<Reader>& self) noexcept { self_ = self; }
+
   ProcessStreamReaderImpl work;
   NYXThreadImpl thread;
   std::atomic<bool> failed{false};  // the system does not tell whether the thread has ended
+
+ private:
+  std::shared_ptr<Reader> self_;
 };
 
 // A reader that has not ended needs its objects and the handle: they are left behind.
@@ -55,7 +61,7 @@ ProcessStream::~ProcessStream() {
   stopReaders();
   forgetEnded();
   if (readers_.empty()) return;
-  new Readers(std::move(readers_));
+  for (const auto& reader : readers_) reader->leaveBehind(reader);
   pipe_.readEnd.release();
 }
 
