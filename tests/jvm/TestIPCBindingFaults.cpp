@@ -1,4 +1,8 @@
 // The native methods of clients and servers, and the listener between them, when Java's interface fails.
+#include <atomic>
+
+#include <windows.h>
+
 #include <tessel/JavaCallbackIPCListener.h>
 
 #include "jvm/ClosedMachine.h"
@@ -6,6 +10,7 @@
 #include "jvm/IPCBindings.h"
 #include "jvm/JavaDiagnostics.h"
 #include "support/EchoListener.h"
+#include "support/ImportHook.h"
 #include "support/Thrown.h"
 
 namespace tessel::test {
@@ -29,6 +34,26 @@ Texts takeData(const std::string& className, const std::string& method) {
 
 class IPCBindingFaults : public IPCBindingsTest {
  protected:
+  // Opens something with each allocation of this thread failing in turn, and ends it with memory to spare. Returns how
+  // many failed.
+  template <class Open, class Close>
+  static unsigned failEachAllocation(const Open& open, const Close& close) {
+    close(open());
+    ImportHook<"malloc", void*(std::size_t)> hook;
+    const DWORD self = GetCurrentThreadId();
+    for (unsigned nth = 1;; ++nth) {
+      SCOPED_TRACE(nth);
+      std::atomic<unsigned> calls{0};
+      hook.replaceWith([&](std::size_t size) -> void* {
+        return GetCurrentThreadId() == self && ++calls == nth ? nullptr : hook.callOriginal(size);
+      });
+      const jlong handle = open();
+      hook.passOn();
+      close(handle);
+      if (calls < nth) return nth - 1;
+    }
+  }
+
   const std::string name = uniqueService();
   const jstring service = string(name);
   const jstring any = string("C:\\any");
@@ -195,6 +220,61 @@ TEST_F(IPCBindingFaults, OfTheMachineAreTracedWhereTheServerIsMade) {
   }
   EXPECT_EQ(takeException(env), kIPCException + messageText("KTBNV0169_INVALID_JVM_POINTER"));
   EXPECT_EQ(takeData("JavaCallbackIPCListener", "JavaCallbackIPCListener"), Texts{"[GetJavaVM failed])"});
+}
+
+TEST_F(IPCBindingFaults, OfTheExceptionsClassAreAnsweredWithAMoreGeneralOne) {
+  const auto thrownWithout = [&](const std::string& missing) {
+    std::string thrown;
+    Jvm::instance().inWorldWithout("com.kelvo.tessel.ipc." + missing, [&](JNIEnv& world) {
+      const jstring nobody = world.NewStringUTF(name.c_str());
+      const jstring empty = world.NewStringUTF(properties().c_str());
+      EXPECT_EQ(native::openClient(world, nobody, nobody, empty), 0);
+      thrown = takeException(world);
+    });
+    return thrown;
+  };
+  const std::string text = messageText("KTBNV0066_OPEN_ERROR", name, systemText(2));
+  EXPECT_EQ(thrownWithout("IPCServer"), "com.kelvo.tessel.ipc.IPCNotFoundException: " + text);
+  EXPECT_EQ(thrownWithout("IPCNotFoundException"), kIPCException + text);
+  EXPECT_EQ(thrownWithout("IPCException"), "java.lang.RuntimeException: " + text);
+}
+
+TEST_F(IPCBindingFaults, OfMemoryAreExceptionsAndLeaveNobodyServing) {
+  const JavaAnswers answers(env, echo);
+  const unsigned failures = failEachAllocation(
+      [&] {
+        const jlong server = native::openServer(env, answers.object(), service, any, any);
+        const bool thrown = !takeException(env).empty();
+        EXPECT_NE(thrown, server != 0);
+        return server;
+      },
+      [&](jlong server) {
+        if (server) expectServes(name);
+        native::closeServer(env, server);
+        EXPECT_EQ(takeException(env), "");
+      });
+  EXPECT_GT(failures, 10U);
+}
+
+TEST_F(IPCBindingFaults, OfMemoryDuringARequestAreExceptions) {
+  EchoListener listener;
+  const TestServer server(listener, -1, name);
+  const unsigned failures = failEachAllocation(
+      [&] {
+        const jlong client = native::openClient(env, service, any, file);
+        const bool opened = client != 0;
+        EXPECT_NE(takeException(env).empty(), !opened);
+        if (opened) {
+          const std::string reply = ask(client, std::string(100, 'x'));
+          EXPECT_TRUE(reply == std::string(100, 'x') || reply.find("Exception: ") != std::string::npos) << reply;
+        }
+        return client;
+      },
+      [&](jlong client) {
+        native::closeClient(env, client);
+        EXPECT_EQ(takeException(env), "");
+      });
+  EXPECT_GT(failures, 10U);
 }
 
 TEST_F(CallbackFaults, AreAnswersAndLeaveNothing) {
