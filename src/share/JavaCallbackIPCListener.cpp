@@ -33,6 +33,16 @@ AttachScope attach(JavaVM* vm, const MethodTrace& trace) {
   }
 }
 
+// False when Java has thrown, or has no memory for the request or the reply.
+bool ask(JNIEnv& env, jobject server, jmethodID method, const std::string& request, std::string& reply) {
+  const LocalRef<jbyteArray> text = internal::jni::newByteArray(env, request);
+  if (!text) return false;
+  const LocalRef<jbyteArray> answer(
+      env, static_cast<jbyteArray>(JNIEnvWrapper(&env).CallObjectMethod(server, method, text.get())));
+  if (env.ExceptionCheck()) return false;
+  return !answer || internal::jni::readBytes(env, answer.get(), IPCMessage::MAX_MESSAGE_TEXT_LEN, reply);
+}
+
 }  // namespace
 
 JavaCallbackIPCListener::JavaCallbackIPCListener(JNIEnv* env, jobject server) {
@@ -43,7 +53,7 @@ JavaCallbackIPCListener::JavaCallbackIPCListener(JNIEnv* env, jobject server) {
     throw trace.failure<NYXException>("KTBNV0169_INVALID_JVM_POINTER");
   }
   const LocalRef<jclass> clazz(*env, java.GetObjectClass(server));
-  onMessage_ = java.GetMethodID(clazz.get(), "onMessage", "([B)[B");
+  if (clazz) onMessage_ = java.GetMethodID(clazz.get(), "onMessage", "([B)[B");
   if (!onMessage_) {
     java.ExceptionClear();
     throw trace.failure<NYXException>("KTBNV0069_UNKNOWN_JAVA_METHOD", kMethod);
@@ -76,17 +86,12 @@ IPCMessage JavaCallbackIPCListener::onMessage(const IPCMessage& request) {
 
 std::string JavaCallbackIPCListener::call(JNIEnv& env, const std::string& request) const {
   const MethodTrace trace(rd, this, "call");
-  const LocalRef<jbyteArray> text = internal::jni::newByteArray(env, request);
-  const LocalRef<jbyteArray> answer(
-      env,
-      text ? static_cast<jbyteArray>(JNIEnvWrapper(&env).CallObjectMethod(server_, onMessage_, text.get())) : nullptr);
-  if (env.ExceptionCheck()) {
-    trace.data(TraceLevel::MODERATE, "Exception caught invoking Java callback. See system err for Java stack trace.");
-    env.ExceptionDescribe();
-    env.ExceptionClear();
-    throw trace.failure<NYXException>("KTBNV0070_JAVA_EXCEPTION_THROWN");
-  }
-  return answer ? internal::jni::bytesOf(env, answer.get(), IPCMessage::MAX_MESSAGE_TEXT_LEN) : std::string();
+  std::string reply;
+  if (ask(env, server_, onMessage_, request, reply)) return reply;
+  trace.data(TraceLevel::MODERATE, "Exception caught invoking Java callback. See system err for Java stack trace.");
+  env.ExceptionDescribe();
+  env.ExceptionClear();
+  throw trace.failure<NYXException>("KTBNV0070_JAVA_EXCEPTION_THROWN");
 }
 
 }  // namespace tessel

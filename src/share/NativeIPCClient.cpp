@@ -74,6 +74,20 @@ std::int32_t messageId(jobject object) {
   return static_cast<std::int32_t>(reinterpret_cast<std::intptr_t>(object));
 }
 
+// The text of a request. Where Java says why it cannot be read, that is what its caller sees.
+std::string textOf(JNIEnv& env, jbyteArray request) {
+  if (!request) throw internal::jni::NullArgument("request");
+  std::string text;
+  if (internal::jni::readBytes(env, request, IPCMessage::MAX_MESSAGE_TEXT_LEN, text)) return text;
+  throw NYXException("GetByteArrayRegion failed");
+}
+
+// As the one above, for a reply on its way to Java.
+jbyteArray arrayOf(JNIEnv& env, const std::string& reply) {
+  if (const jbyteArray array = internal::jni::newByteArray(env, reply).release()) return array;
+  throw NYXException("NewByteArray failed");
+}
+
 // What the server answered, for those who expect no failure.
 std::string textOf(const IPCMessage& reply) {
   switch (reply.getMessageStatus()) {
@@ -116,11 +130,8 @@ JNIEXPORT jbyteArray JNICALL Java_com_kelvo_tessel_ipc_impl_NativeIPCClient_send
                                                                                         jbyteArray request,
                                                                                         jint timeout) {
   return guarded(env, {rd, "sendMessage", kExchanging}, [&](NativeCall& call) {
-    if (!request) throw internal::jni::NullArgument("request");
-    const IPCMessage message(messageId(object), IPCMessage::STATUS_SUCCESS,
-                             internal::jni::bytesOf(call.env, request, IPCMessage::MAX_MESSAGE_TEXT_LEN));
-    const std::string reply = textOf(clients().find(handle)->ask(message, timeout));
-    return internal::jni::newByteArray(call.env, reply).release();
+    const IPCMessage message(messageId(object), IPCMessage::STATUS_SUCCESS, textOf(call.env, request));
+    return arrayOf(call.env, textOf(clients().find(handle)->ask(message, timeout)));
   });
 }
 

@@ -28,6 +28,9 @@ class JniShim {
   // Whether it has.
   bool hasFailed() const;
 
+  // A local reference that the library has given to its caller is no longer counted.
+  static void takeOver();
+
   // What the library has taken and not given back.
   struct Open {
     int localReferences = 0;

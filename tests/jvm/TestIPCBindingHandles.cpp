@@ -53,6 +53,20 @@ class IPCBindingHandles : public IPCBindingsTest, public testing::WithParamInter
 INSTANTIATE_TEST_SUITE_P(Trace, IPCBindingHandles, testing::Bool(),
                          [](const auto& instance) { return instance.param ? "All" : "Off"; });
 
+// The round leaves so many handles open, exactly. The machine keeps a few for each thread that it has ever served at
+// the same time as others, so that the first rounds may leave more; a handle that is lost shows in all of them.
+void expectGrowth(long growth, const std::function<void()>& round) {
+  constexpr int kRounds = 10;
+  std::vector<long> growths;
+  for (int i = 0; i < kRounds; ++i) {
+    const HandleBaseline handles;
+    round();
+    growths.push_back(handles.growth());
+    if (growths.back() == growth) return;
+  }
+  EXPECT_EQ(growths, std::vector<long>(kRounds, growth));
+}
+
 // Calls it on two threads at once, which leave nothing behind.
 void onTwoThreads(const std::function<void()>& call) {
   const auto run = [](void* argument) -> DWORD {
@@ -140,20 +154,17 @@ TEST_P(IPCBindingHandles, OfClientsLeaveNothingOpen) {
     });
     for (int i = 0; i < kClients; ++i) useOne();
   };
-  useMany();
-  const HandleBaseline handles;
-  useMany();
-  EXPECT_EQ(handles.growth(), 0);
+  expectGrowth(0, useMany);
 }
 
 TEST_P(IPCBindingHandles, OfServersLeaveTheMonitorsOfTheirThreadsOnly) {
   constexpr int kServers = 10;
   const JavaAnswers answers(env, echo);
   const std::string name = uniqueService();
-  askOnce(answers, name, "a");
-  const HandleBaseline handles;
-  for (int i = 0; i < kServers; ++i) EXPECT_EQ(askOnce(answers, name, "a"), "a");
-  EXPECT_EQ(handles.growth(), kServers * (kHandlesOfAServer + kHandlesOfAWorker));
+  const auto serve = [&] {
+    for (int i = 0; i < kServers; ++i) EXPECT_EQ(askOnce(answers, name, "a"), "a");
+  };
+  expectGrowth(kServers * (kHandlesOfAServer + kHandlesOfAWorker), serve);
 }
 
 TEST_P(IPCBindingHandles, AReplyIsWhatTheObjectReturned) {
@@ -305,10 +316,10 @@ TEST_P(IPCBindingHandles, OfAClientThatThreadsShareLeaveNothingOpen) {
     EXPECT_EQ(closingClient(client), "");
     EXPECT_EQ(closingServer(server), "");
   };
-  share();
-  const HandleBaseline handles;
-  for (int i = 0; i < kRounds; ++i) share();
-  EXPECT_EQ(handles.growth(), kRounds * (kHandlesOfAServer + kHandlesOfAWorker));
+  const auto shareOften = [&] {
+    for (int i = 0; i < kRounds; ++i) share();
+  };
+  expectGrowth(kRounds * (kHandlesOfAServer + kHandlesOfAWorker), shareOften);
 }
 
 }  // namespace tessel::test

@@ -60,6 +60,8 @@ class IPCBindings : public IPCBindingsTest, public testing::WithParamInterface<b
   const JavaDiagnostics diagnostics{GetParam() ? "=ALL" : ""};
 };
 
+using IPCBindingsTrace = IPCBindingsTest;
+
 INSTANTIATE_TEST_SUITE_P(Trace, IPCBindings, testing::Bool(),
                          [](const auto& instance) { return instance.param ? "All" : "Off"; });
 
@@ -286,6 +288,20 @@ TEST_P(IPCBindings, AFailureIsTracedAsThrown) {
     EXPECT_EQ(traced[1].find("nativeMethodThrowing, "), 0U) << traced[1];
     EXPECT_EQ(traced[2], "nativeMethodExit");
   }
+}
+
+TEST_F(IPCBindingsTrace, IsReachedByTheWholePrefixOnly) {
+  const JavaDiagnostics diagnostics;
+  const auto tracedWith = [&](const std::string& specification) {
+    RAS::setLevel(specification);
+    calls::take();
+    native::closeClient(env, 0);
+    return tracedAs(kClientClass, "shutdown").size();
+  };
+  EXPECT_EQ(tracedWith(kPrefix + "=FLOW"), 2U);
+  EXPECT_EQ(tracedWith("=FLOW"), 2U);
+  EXPECT_EQ(tracedWith(kClientClass + "=FLOW"), 0U);
+  EXPECT_EQ(tracedWith(kPrefix + ".IPCClient=FLOW"), 0U);
 }
 
 TEST(IPCBindingsLogDirectory, IsThatOfTheFirstCallerInTheProcess) {

@@ -1,8 +1,6 @@
 // Every function of Java's interface that the library calls made to fail: its first call, its second, and so on.
 #include "jvm/Jvm.h"
 
-#include <set>
-
 #include <tessel/JavaEventLogHandler.h>
 #include <tessel/JavaTraceFileLogHandler.h>
 #include <tessel/TraceDataLogRecord.h>
@@ -10,55 +8,16 @@
 #include <tessel/TraceExitLogRecord.h>
 #include <tessel/TraceThrowingLogRecord.h>
 
+#include "jvm/FailEach.h"
 #include "jvm/JavaDiagnostics.h"
-#include "jvm/JniShim.h"
 #include "jvm/NativeMethods.h"
-#include "support/Captures.h"
 
 namespace tessel::test {
 namespace {
 
-using Names = std::set<std::string>;
 using Failure = JniShim::Failure;
 
-class JavaFaults : public JvmTest {
- protected:
-  static constexpr unsigned kMost = 100;  // no round makes more calls of one function
-
-  // Runs the round with each function failing in each of its calls, once with a Java exception and once without.
-  // After each round nothing is open. Returns the functions that have failed.
-  template <class Round>
-  Names failEach(const Round& round) {
-    Names failed;
-    for (const Failure failure : {Failure::withException, Failure::silent}) {
-      for (const std::string& function : JniShim::functions()) {
-        for (unsigned nth = 1; failOnce(function, nth, failure, round); ++nth) {
-          failed.insert(function);
-          if (nth == kMost) {
-            ADD_FAILURE() << function << " has no end";
-            break;
-          }
-        }
-      }
-    }
-    return failed;
-  }
-
- private:
-  template <class Round>
-  bool failOnce(const std::string& function, unsigned nth, Failure failure, const Round& round) {
-    SCOPED_TRACE(function + " " + std::to_string(nth) + (failure == Failure::silent ? " silent" : ""));
-    const Captures captures;
-    JniShim shim(env);
-    shim.failOn(function, nth, failure);
-    round();
-    EXPECT_EQ(shim.open().localReferences, 0);
-    EXPECT_EQ(shim.open().globalReferences, 0);
-    EXPECT_EQ(shim.open().strings, 0);
-    EXPECT_EQ(shim.open().arrays, 0);
-    return shim.hasFailed();
-  }
-};
+using JavaFaults = JvmTest;
 
 // With a handler of its own, so that nothing of one round is known in the next.
 template <class Handler>
@@ -75,7 +34,7 @@ void publishAll(JNIEnv& env, const std::vector<LogRecord*>& records) {
 TEST_F(JavaFaults, OfTheEventHandlerLoseNoMoreThanRecords) {
   LogRecord info(LogLevel::INFO, LogRecordType::EVENT, "text");
   LogRecord unexpected(LogLevel::ALL, LogRecordType::EVENT, "text");
-  const Names failed = failEach([&] { publishAll<JavaEventLogHandler>(env, {&info, &unexpected}); });
+  const Names failed = failEach(env, [&] { publishAll<JavaEventLogHandler>(env, {&info, &unexpected}); });
   EXPECT_EQ(failed, (Names{"CallStaticVoidMethodA", "FindClass", "GetJavaVM", "GetStaticMethodID", "NewGlobalRef",
                            "NewStringUTF"}));
 }
@@ -91,7 +50,7 @@ TEST_F(JavaFaults, OfTheTraceHandlerLoseNoMoreThanRecords) {
   data.setArguments(2, arguments);
   TraceThrowingLogRecord throwing(LogLevel::FINE, "");
   LogRecord strange(LogLevel::FINE, static_cast<LogRecordType::LogRecordTypeValue>(77), "strange");
-  const Names failed = failEach([&] {
+  const Names failed = failEach(env, [&] {
     publishAll<JavaTraceFileLogHandler>(env, {&entry, &exit, &exitWithReturn, &data, &throwing, &strange});
   });
   EXPECT_EQ(failed, (Names{"CallStaticVoidMethodA", "FindClass", "GetJavaVM", "GetStaticMethodID", "NewGlobalRef",
@@ -100,7 +59,7 @@ TEST_F(JavaFaults, OfTheTraceHandlerLoseNoMoreThanRecords) {
 
 TEST_F(JavaFaults, OfAHandlerWithAPendingExceptionLeaveThatOne) {
   LogRecord info(LogLevel::INFO, LogRecordType::EVENT, "text");
-  failEach([&] {
+  failEach(env, [&] {
     JavaEventLogHandler handler(&env);
     const jclass clazz = env.FindClass("java/io/IOException");
     env.ThrowNew(clazz, "mine");
@@ -112,7 +71,7 @@ TEST_F(JavaFaults, OfAHandlerWithAPendingExceptionLeaveThatOne) {
 
 TEST_F(JavaFaults, OfANativeMethodEndInAnExceptionOfJava) {
   const jstring path = env.NewStringUTF("C:\\f");
-  const Names failed = failEach([&] {
+  const Names failed = failEach(env, [&] {
     native::chmod(env, path, 0);
     takeException(env);
   });
@@ -138,7 +97,7 @@ TEST_F(JavaFaults, OfTheExceptionsClassAreAnsweredWithTheNextOne) {
 TEST_F(JavaFaults, OfAnInitialisedProcessWithEverythingTracedNeverReachTheCaller) {
   const JavaDiagnostics diagnostics("=ALL");
   const jstring group = env.NewStringUTF("no such group");
-  const Names failed = failEach([&] {
+  const Names failed = failEach(env, [&] {
     EXPECT_EQ(native::isCurrentUserMemberOfGroup(env, group), JNI_FALSE);
     takeException(env);
   });

@@ -336,6 +336,15 @@ TEST_F(JavaInitialization, TraceGoesToJavaOnceItIsOnAndNoLongerWhenItIsOff) {
   EXPECT_EQ(calls::take(), Texts());
 }
 
+TEST_F(JavaInitialization, TheNativeMethodsThemselvesAreTracedByTheirClass) {
+  const JavaDiagnostics diagnostics;
+  native::rasSetLevel(env, string(kPrefix + ".NativeJNI=FLOW"));
+  calls::take();
+  native::doesCurrentUserHaveSpecialAuthority(env, string("a"));
+  const std::string method = "(" + kPrefix + ".NativeJNI, 0, doesCurrentUserHaveSpecialAuthority(Native Method)";
+  EXPECT_EQ(calls::take(), (Texts{"nativeMethodEntry" + method + ", [])", "nativeMethodExit" + method + ", false)"}));
+}
+
 TEST_F(JavaInitialization, ACaptureIsAFileAndAnEventOfJava) {
   const JavaDiagnostics diagnostics;
   native::mkGroupWrite(env, string("p"), string("g"), JNI_TRUE);

@@ -29,8 +29,8 @@ public final class NativeJNI {
   public static native void rasInitialize(String logDirectory, String traceSpecNamePrefix) throws IOException;
 
   /**
-   * Switches native trace. The names are native classes behind the prefix; the bindings of messaging and of this class are
-   * reached by the whole prefix, as with {@code =ALL}.
+   * Switches native trace. The names are native classes behind the prefix, {@code NativeJNI} for this one; the bindings of
+   * messaging are reached by the whole prefix only, as with {@code =ALL}.
    *
    * @param traceSpecification entries {@code name,name=LEVEL} separated by colons; empty switches trace off, and a leading
    *     plus adds to what is on

@@ -5,7 +5,8 @@ import java.util.logging.LogRecord;
 
 /**
  * The method trace of the native library. Each record goes to the logger of {@code java.util.logging} that is named after
- * the native class behind the prefix of trace specifications: entry, exit and exception at {@link Level#FINER}, data at
+ * the native class behind the prefix of trace specifications, those of the messaging bindings to
+ * {@code com.kelvo.tessel.ipc.IPCClient} and {@code com.kelvo.tessel.ipc.IPCServer}: entry, exit and exception at {@link Level#FINER}, data at
  * its own level. Parameter 0 of a record is the address of the native object, or {@code static}; the arguments follow.
  * Escapes {@code \}{@code uXXXX} become characters.
  *
