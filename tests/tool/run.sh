@@ -382,8 +382,8 @@ case_both_ends_of_a_service_write_event_log_and_trace() {
   without_line_ends "$logs/output0.log" | grep -qxF "command=ipc serve $service" || fail "property of the server"
   without_line_ends "$logs/output0.log.1" | grep -qxF "command=ipc send $service" || fail "property of the client"
   grep -qF "RAS           I KTBNV0018I: The trace specification '=FLOW' was applied." "$logs/output0.log" || fail "event"
-  grep -qE ' com\.kelvo\.tessel\.native\.IPCServerImpl +.*  \{  connect ' "$logs/trace0.log" || fail "server's trace"
-  grep -qE ' com\.kelvo\.tessel\.native\.IPCClientImpl +.*  \{  sendMessage ' "$logs/trace0.log.1" || fail "client's trace"
+  grep -qE ' com\.kelvo\.tessel\.nativ\.IPCServerImpl +.*  \{  connect ' "$logs/trace0.log" || fail "server's trace"
+  grep -qE ' com\.kelvo\.tessel\.nativ\.IPCClientImpl +.*  \{  sendMessage ' "$logs/trace0.log.1" || fail "client's trace"
   ! grep -qF 'com.kelvo.tessel.nativ.IPCMessage ' "$logs/trace0.log.1" || fail "a class of the client that was not asked for"
 }
 

@@ -3,6 +3,7 @@
 #include <atomic>
 #include <chrono>
 #include <condition_variable>
+#include <cstdlib>
 #include <fstream>
 #include <iterator>
 #include <memory>
@@ -14,6 +15,7 @@
 #include <utility>
 #include <vector>
 
+#include <tessel/NYXException.h>
 #include <tessel/NYXProcessImpl.h>
 #include <tessel/NYXUtils.h>
 #include <tessel/ProcessSignalActionHandler.h>
@@ -185,13 +187,27 @@ class Session : public tessel::ProcessSignalActionHandler {
   bool stopped_ = false;
 };
 
+// Ends the process at once: threads of the session may still be on their way out, and would meet what a normal end
+// destroys. Nothing is lost, since all output is written already.
+[[noreturn]] void runAndEnd(Session& session) {
+  int code = 1;
+  try {
+    code = session.run();
+  } catch (const tessel::NYXException& exception) {
+    printError(exception.getMessage());
+  } catch (const std::exception& exception) {
+    printError(exception.what());
+  }
+  std::_Exit(code);
+}
+
 int run(const Options& options) {
   std::vector<std::string> words{findProgram(options.command.front())};
   std::transform(options.command.begin() + 1, options.command.end(), std::back_inserter(words),
                  tessel::NYXProcess::quoteArgument);
   std::vector<char*> arguments(words.size());
   std::transform(words.begin(), words.end(), arguments.begin(), [](std::string& word) { return word.data(); });
-  return (new Session(static_cast<int>(arguments.size()), arguments.data(), options))->run();
+  runAndEnd(*new Session(static_cast<int>(arguments.size()), arguments.data(), options));
 }
 
 }  // namespace
