@@ -37,8 +37,9 @@ AttachScope attach(JavaVM* vm, const MethodTrace& trace) {
 bool ask(JNIEnv& env, jobject server, jmethodID method, const std::string& request, std::string& reply) {
   const LocalRef<jbyteArray> text = internal::jni::newByteArray(env, request);
   if (!text) return false;
-  const LocalRef<jbyteArray> answer(
-      env, static_cast<jbyteArray>(JNIEnvWrapper(&env).CallObjectMethod(server, method, text.get())));
+  const jobject returned = JNIEnvWrapper(&env).CallObjectMethod(server, method, text.get());
+  // NOLINTNEXTLINE(cppcoreguidelines-pro-type-static-cast-downcast): the method was found by its signature
+  const LocalRef<jbyteArray> answer(env, static_cast<jbyteArray>(returned));
   if (env.ExceptionCheck()) return false;
   return !answer || internal::jni::readBytes(env, answer.get(), IPCMessage::MAX_MESSAGE_TEXT_LEN, reply);
 }

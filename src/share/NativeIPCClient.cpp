@@ -88,6 +88,9 @@ jbyteArray arrayOf(JNIEnv& env, const std::string& reply) {
   throw NYXException("NewByteArray failed");
 }
 
+// As the Java side knows replies.
+std::string upToZeroByte(const std::string& text) { return text.substr(0, text.find('\0')); }
+
 // What the server answered, for those who expect no failure.
 std::string textOf(const IPCMessage& reply) {
   switch (reply.getMessageStatus()) {
@@ -96,7 +99,7 @@ std::string textOf(const IPCMessage& reply) {
     case IPCMessage::MessageStatus::EXCEPTION:
       throw NYXException(reply.getMessageText());
     default:
-      return reply.getMessageText().c_str();  // up to the first zero byte, as the Java side knows it
+      return upToZeroByte(reply.getMessageText());
   }
 }
 
