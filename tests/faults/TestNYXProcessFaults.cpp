@@ -214,6 +214,17 @@ TEST_F(ProcessFaults, AnEndThatCannotBeGivenToTheChildIsALaunchThatFailed) {
   }
 }
 
+TEST_F(ProcessFaults, AnEndThatCannotBeTakenBackDoesNotFailALaunchThatWorked) {
+  for (unsigned number = 4; number <= 6; ++number) {
+    LaunchedProcess process(child({"do-exit", "6"}));
+    InheritHook hook;
+    hook.replaceWith(failing<InheritHook, HANDLE, DWORD, DWORD>(hook, number));
+    process.start();
+    EXPECT_EQ(hook.calls(), 6U);
+    EXPECT_EQ(process.waitForProcess(), 6);
+  }
+}
+
 // Whatever is started meanwhile by other means inherits nothing.
 TEST_F(ProcessFaults, TheChildsEndsAreInheritableOnlyWhileItIsLaunched) {
   LaunchedProcess other(child({"do-exit", "0"}));
