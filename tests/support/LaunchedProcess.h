@@ -8,6 +8,7 @@
 #include <string>
 #include <vector>
 
+#include <tessel/NYXException.h>
 #include <tessel/NYXProcessImpl.h>
 #include <tessel/ProcessStreamReaderListener.h>
 
@@ -39,6 +40,17 @@ class LaunchedProcess : private ArgumentVector, public NYXProcessImpl {
  public:
   explicit LaunchedProcess(std::vector<std::string> words, const std::string& folder = std::string())
       : ArgumentVector(std::move(words)), NYXProcessImpl(count(), values(), folder) {}
+
+  // Wine fails about one launch in a thousand for a reason of its own, an internal error.
+  void start() override {
+    for (int triesLeft = 2;; --triesLeft) {
+      try {
+        return NYXProcessImpl::start();
+      } catch (const NYXException& exception) {
+        if (triesLeft == 0 || exception.getMessage().find("1359") == std::string::npos) throw;
+      }
+    }
+  }
 };
 
 // The child program with these arguments.

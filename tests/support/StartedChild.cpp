@@ -20,7 +20,11 @@ StartedChild::StartedChild(const std::string& body, const std::string& argument)
   STARTUPINFOA start{};
   start.cb = sizeof start;
   PROCESS_INFORMATION process{};
-  if (!CreateProcessA(nullptr, commandLine.data(), nullptr, nullptr, FALSE, 0, nullptr, nullptr, &start, &process)) {
+  // Wine fails about one launch in a thousand for a reason of its own.
+  for (int triesLeft = 2;
+       !CreateProcessA(nullptr, commandLine.data(), nullptr, nullptr, FALSE, 0, nullptr, nullptr, &start, &process);
+       --triesLeft) {
+    if (triesLeft > 0 && GetLastError() == ERROR_INTERNAL_ERROR) continue;
     throw std::runtime_error("CreateProcess failed: " + std::to_string(GetLastError()));
   }
   CloseHandle(process.hThread);
