@@ -4,9 +4,9 @@ namespace tessel {
 
 ProcessStreamReaderListener::ProcessStreamReaderListener() = default;
 
-ProcessStreamReaderListener::ProcessStreamReaderListener(const ProcessStreamReaderListener& other) = default;
+ProcessStreamReaderListener::ProcessStreamReaderListener(const ProcessStreamReaderListener&) = default;
 
-ProcessStreamReaderListener& ProcessStreamReaderListener::operator=(const ProcessStreamReaderListener& other) = default;
+ProcessStreamReaderListener& ProcessStreamReaderListener::operator=(const ProcessStreamReaderListener&) = default;
 
 ProcessStreamReaderListener::~ProcessStreamReaderListener() = default;
 
