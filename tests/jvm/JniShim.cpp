@@ -100,29 +100,40 @@ const std::map<std::string, Install>& shims() {
 
 #undef TESSEL_SHIM
 
-// What is given back, and what cannot fail but takes a reference.
+// What is given back, and what cannot fail but takes a reference. Functions, not lambdas: between a lambda and its
+// caller may lie a function of the compiler's, whose address would be taken for the caller's.
+void deleteLocalRef(JNIEnv* env, jobject reference) {
+  if (reference && isLibrary(__builtin_return_address(0))) --counts.localReferences;
+  original->DeleteLocalRef(env, reference);
+}
+
+void deleteGlobalRef(JNIEnv* env, jobject reference) {
+  if (reference && isLibrary(__builtin_return_address(0))) --counts.globalReferences;
+  original->DeleteGlobalRef(env, reference);
+}
+
+jthrowable exceptionOccurred(JNIEnv* env) {
+  const jthrowable thrown = original->ExceptionOccurred(env);
+  if (thrown && isLibrary(__builtin_return_address(0))) ++counts.localReferences;
+  return thrown;
+}
+
+void releaseStringUTFChars(JNIEnv* env, jstring string, const char* characters) {
+  if (isLibrary(__builtin_return_address(0))) --counts.strings;
+  original->ReleaseStringUTFChars(env, string, characters);
+}
+
+void releaseByteArrayElements(JNIEnv* env, jbyteArray array, jbyte* bytes, jint mode) {
+  if (isLibrary(__builtin_return_address(0))) --counts.arrays;
+  original->ReleaseByteArrayElements(env, array, bytes, mode);
+}
+
 void countReleases(JNINativeInterface_& table) {
-  table.DeleteLocalRef = [](JNIEnv* env, jobject reference) {
-    if (reference && isLibrary(__builtin_return_address(0))) --counts.localReferences;
-    original->DeleteLocalRef(env, reference);
-  };
-  table.DeleteGlobalRef = [](JNIEnv* env, jobject reference) {
-    if (reference && isLibrary(__builtin_return_address(0))) --counts.globalReferences;
-    original->DeleteGlobalRef(env, reference);
-  };
-  table.ExceptionOccurred = [](JNIEnv* env) {
-    const jthrowable thrown = original->ExceptionOccurred(env);
-    if (thrown && isLibrary(__builtin_return_address(0))) ++counts.localReferences;
-    return thrown;
-  };
-  table.ReleaseStringUTFChars = [](JNIEnv* env, jstring string, const char* characters) {
-    if (isLibrary(__builtin_return_address(0))) --counts.strings;
-    original->ReleaseStringUTFChars(env, string, characters);
-  };
-  table.ReleaseByteArrayElements = [](JNIEnv* env, jbyteArray array, jbyte* bytes, jint mode) {
-    if (isLibrary(__builtin_return_address(0))) --counts.arrays;
-    original->ReleaseByteArrayElements(env, array, bytes, mode);
-  };
+  table.DeleteLocalRef = deleteLocalRef;
+  table.DeleteGlobalRef = deleteGlobalRef;
+  table.ExceptionOccurred = exceptionOccurred;
+  table.ReleaseStringUTFChars = releaseStringUTFChars;
+  table.ReleaseByteArrayElements = releaseByteArrayElements;
 }
 
 }  // namespace

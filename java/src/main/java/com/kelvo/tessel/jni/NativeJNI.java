@@ -34,7 +34,7 @@ public final class NativeJNI {
    *
    * @param traceSpecification entries {@code name,name=LEVEL} separated by colons; empty switches trace off, and a leading
    *     plus adds to what is on
-   * @throws IOException if the specification cannot be read
+   * @throws IOException if the text of the entries cannot be read
    */
   public static native void rasSetLevel(String traceSpecification) throws IOException;
 
