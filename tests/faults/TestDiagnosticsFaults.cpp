@@ -20,6 +20,7 @@
 #include "support/Diagnostics.h"
 #include "support/Handles.h"
 #include "support/ImportHook.h"
+#include "support/RareError.h"
 #include "support/RecordingHandler.h"
 #include "support/Thrown.h"
 
@@ -27,10 +28,6 @@ namespace tessel::test {
 namespace {
 
 using Texts = std::vector<std::string>;
-
-// A number without a text: the message shows the number itself.
-constexpr DWORD kRareError = 1234567;
-const std::string kRareText = "1234567";
 
 using OpenHook = ImportHook<"fopen", FILE*(const char*, const char*)>;
 using LowWriteHook = ImportHook<"_write", int(int, const void*, unsigned)>;

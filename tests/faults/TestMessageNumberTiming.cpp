@@ -15,6 +15,7 @@
 #include <tessel/Synchronize.h>
 
 #include "support/ImportHook.h"
+#include "support/RareError.h"
 #include "support/Thrown.h"
 #include "support/TraceScope.h"
 #include "support/Work.h"
@@ -23,8 +24,6 @@ namespace tessel::test {
 namespace {
 
 // Without a text in the system: also a message that shows the text shows the number.
-constexpr DWORD kRareError = 1234567;
-const std::string kRareText = "1234567";
 
 class DisturbingHandler : public LogHandler {
  public:

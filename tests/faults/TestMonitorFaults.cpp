@@ -12,14 +12,12 @@
 #include "support/Handles.h"
 #include "support/ImportHook.h"
 #include "support/MonitorProbe.h"
+#include "support/RareError.h"
 #include "support/Thrown.h"
 #include "support/Work.h"
 
 namespace tessel::test {
 namespace {
-
-constexpr DWORD kRareError = 12345;
-const std::string kRareText = "12345";
 
 using CreateEventHook = ImportHook<"CreateEventA", decltype(CreateEventA)>;
 using ResetEventHook = ImportHook<"ResetEvent", decltype(ResetEvent)>;

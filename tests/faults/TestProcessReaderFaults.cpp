@@ -13,13 +13,12 @@
 #include "support/ImportHook.h"
 #include "support/LaunchedProcess.h"
 #include "support/NamedEvent.h"
+#include "support/RareError.h"
 #include "support/Thrown.h"
 #include "support/Work.h"
 
 namespace tessel::test {
 namespace {
-
-constexpr DWORD kRareError = 1234567;
 
 using ReadHook = ImportHook<"ReadFile", decltype(ReadFile)>;
 using PeekHook = ImportHook<"PeekNamedPipe", decltype(PeekNamedPipe)>;
@@ -39,7 +38,7 @@ TEST(ProcessReaderFaults, AThreadThatCannotBeMadeIsReportedAndLeavesNoReader) {
   {
     ThreadHook hook;
     hook.failAlways(kRareError);
-    const std::string expected = messageText("KTBNV0013_UNABLE_TO_CREATE_THREAD", "1234567");
+    const std::string expected = messageText("KTBNV0013_UNABLE_TO_CREATE_THREAD", kRareText);
     EXPECT_EQ(thrownBy<NYXException>([&] { process.registerOutputStreamListener(output); }), expected);
     EXPECT_EQ(thrownBy<NYXException>([&] { process.registerErrorStreamListener(output); }), expected);
   }

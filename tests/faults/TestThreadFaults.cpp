@@ -9,6 +9,7 @@
 
 #include "support/Handles.h"
 #include "support/ImportHook.h"
+#include "support/RareError.h"
 #include "support/RecordingHandler.h"
 #include "support/Thrown.h"
 #include "support/TraceScope.h"
@@ -17,9 +18,6 @@
 
 namespace tessel::test {
 namespace {
-
-constexpr DWORD kRareError = 12345;
-const std::string kRareText = "12345";
 
 // A thread that has been started once before, so that what a process opens with its first thread is there.
 class ThreadFaults : public testing::Test {

@@ -11,14 +11,11 @@
 #include "support/Handles.h"
 #include "support/ImportHook.h"
 #include "support/QueueManagers.h"
+#include "support/RareError.h"
 #include "support/Thrown.h"
 
 namespace tessel::test {
 namespace {
-
-// A number without a text: the message shows the number itself.
-constexpr DWORD kRareError = 1234567;
-const std::string kRareText = "1234567";
 
 using AddressHook = ImportHook<"GetProcAddress", decltype(GetProcAddress)>;
 

@@ -14,6 +14,7 @@
 #include "jvm/JavaDiagnostics.h"
 #include "jvm/NativeMethods.h"
 #include "support/CapturedOutput.h"
+#include "support/RareError.h"
 #include "support/Thrown.h"
 
 namespace tessel::test {
@@ -128,10 +129,10 @@ TEST_P(NativeMethods, MembershipOfAGroupIsToldByItsName) {
 
 TEST_P(NativeMethods, AGroupListThatCannotBeReadIsAnIOException) {
   ImportHook<"OpenProcessToken", decltype(OpenProcessToken)> hook;
-  hook.failOnce(1234567);
+  hook.failOnce(kRareError);
   EXPECT_EQ(thrown("isCurrentUserMemberOfGroup",
                    [&] { EXPECT_EQ(native::isCurrentUserMemberOfGroup(env, string("Users")), JNI_FALSE); }),
-            kIOException + messageText("KTBNV0129_OPENPROCESSTOKEN_FAILED", "1234567"));
+            kIOException + messageText("KTBNV0129_OPENPROCESSTOKEN_FAILED", kRareText));
 }
 
 TEST_P(NativeMethods, MkprivRestrictsAndFailsWithAnIOException) {

@@ -6,12 +6,9 @@
 #include <string>
 
 #include "support/ImportHook.h"
+#include "support/RareError.h"
 
 namespace tessel::test {
-
-// A number without a text: the message shows the number itself.
-inline constexpr DWORD kRareError = 1234567;
-inline const std::string kRareText = "1234567";
 
 using CreateHook = ImportHook<"CreateFileA", decltype(CreateFileA)>;
 using WriteHook = ImportHook<"WriteFile", decltype(WriteFile)>;

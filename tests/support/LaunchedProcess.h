@@ -4,8 +4,10 @@
 #include <algorithm>
 #include <condition_variable>
 #include <cstddef>
+#include <functional>
 #include <mutex>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include <tessel/NYXException.h>
@@ -88,6 +90,16 @@ class Collector : public ProcessStreamReaderListener {
   std::condition_variable changed_;
   std::string data_;
   std::vector<std::size_t> chunks_;
+};
+
+// A listener made of a function.
+class Callback : public ProcessStreamReaderListener {
+ public:
+  explicit Callback(std::function<void(const std::string&)> call) : call_(std::move(call)) {}
+  void processOutput(const std::string& data) override { call_(data); }
+
+ private:
+  std::function<void(const std::string&)> call_;
 };
 
 // What the child writes when it is told to write so much.

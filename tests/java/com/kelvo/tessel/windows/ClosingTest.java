@@ -57,21 +57,20 @@ class ClosingTest {
 
   @Test
   void aClientThatIsClosedDuringItsRequestEndsItWithAnException() throws Exception {
-    CountDownLatch entered = new CountDownLatch(1);
-    CountDownLatch leave = new CountDownLatch(1);
-    try (Echo echo = new Echo(message -> afterwards(entered, leave, message))) {
-      NativeIPCClient client = echo.connect();
-      Background<String> request = new Background<>(() -> Echo.ask(client, "a"));
-      entered.await();
-      client.close();
-      assertThrows(IPCException.class, request::result);
-      assertThrows(IllegalStateException.class, () -> Echo.ask(client, "b"));
-      leave.countDown();
-    }
+    closeDuringARequest(
+        (echo, client) -> assertThrows(IllegalStateException.class, () -> Echo.ask(client, "b")));
   }
 
   @Test
   void theServerGoesOnAfterAClientLeftDuringItsRequest() throws Exception {
+    closeDuringARequest((echo, client) -> assertEquals("c", echo.ask("c")));
+  }
+
+  private interface Afterwards {
+    void check(Echo echo, NativeIPCClient client) throws Exception;
+  }
+
+  private static void closeDuringARequest(Afterwards then) throws Exception {
     CountDownLatch entered = new CountDownLatch(1);
     CountDownLatch leave = new CountDownLatch(1);
     try (Echo echo = new Echo(message -> afterwards(entered, leave, message))) {
@@ -81,7 +80,7 @@ class ClosingTest {
       client.close();
       assertThrows(IPCException.class, request::result);
       leave.countDown();
-      assertEquals("c", echo.ask("c"));
+      then.check(echo, client);
     }
   }
 
