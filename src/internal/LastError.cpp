@@ -2,8 +2,22 @@
 
 #include <tessel/NYXUtils.h>
 
-namespace tessel::internal {
+#include <algorithm>
 
-std::string LastError::text() const { return NYXUtils::getLastErrorMessage(static_cast<int>(number_)); }
+#include "internal/AnsiText.h"
+#include "internal/UnicodeEscapes.h"
+
+namespace tessel::internal {
+namespace {
+
+bool isAscii(char c) { return static_cast<signed char>(c) >= 0; }
+
+}  // namespace
+
+std::string LastError::text() const {
+  std::string text = NYXUtils::getLastErrorMessage(static_cast<int>(number_));
+  if (std::all_of(text.begin(), text.end(), isAscii)) return text;
+  return withEscapes(utf16FromAnsi(text));
+}
 
 }  // namespace tessel::internal

@@ -13,7 +13,7 @@ class LastError {
 
   unsigned long number() const noexcept { return number_; }
   std::string numberText() const { return std::to_string(number_); }
-  // The system's text, without the line end.
+  // The system's text, without the line end; like the texts of the catalogues in ASCII, with escapes.
   std::string text() const;
 
  private:

@@ -2,6 +2,8 @@
 
 #include <charconv>
 
+#include "internal/Digits.h"
+
 namespace tessel::internal {
 namespace {
 
@@ -54,6 +56,19 @@ void appendUtf8(std::string& text, unsigned codePoint) {
   const unsigned lead = 0xF80U >> more & 0xFFU;  // as many ones as the character has bytes
   text += static_cast<char>(lead | codePoint >> (more * kBits));
   for (unsigned left = more; left-- > 0;) text += static_cast<char>(0x80U | (codePoint >> (left * kBits) & 0x3FU));
+}
+
+std::string withEscapes(std::u16string_view text) {
+  std::string result;
+  for (const char16_t unit : text) {
+    if (unit >= ' ' && unit <= '~') {
+      result += static_cast<char>(unit);
+    } else {
+      result += kStart;
+      appendHex<4>(result, unit);
+    }
+  }
+  return result;
 }
 
 std::string withoutEscapes(std::string_view text) {

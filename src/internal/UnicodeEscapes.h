@@ -9,6 +9,9 @@ namespace tessel::internal {
 // Nothing above 0x10FFFF.
 void appendUtf8(std::string& text, unsigned codePoint);
 
+// Text in ASCII: every other character, and those that are no sign, as escapes.
+std::string withEscapes(std::u16string_view text);
+
 // A backslash, "u" and four hexadecimal digits become the character; two of them that are a surrogate pair become
 // one. Everything else stays as it is.
 std::string withoutEscapes(std::string_view text);

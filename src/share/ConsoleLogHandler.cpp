@@ -8,6 +8,7 @@
 #include "internal/Bundles.h"
 #include "internal/DiagnosticsLock.h"
 #include "internal/MethodTrace.h"
+#include "internal/StandardStreams.h"
 
 namespace tessel {
 
@@ -23,7 +24,7 @@ void ConsoleLogHandler::publish(LogRecord& record) {
   const std::string text = record.getMessage();
   std::ostream& stream = record.getLogLevel() >= LogLevel::WARNING ? std::cerr : std::cout;
   const internal::DiagnosticsLock guard(*sync_);
-  stream << text << std::endl;
+  internal::print(stream, text + '\n');
 }
 
 }  // namespace tessel

@@ -11,6 +11,7 @@
 
 #include "internal/Bundles.h"
 #include "internal/MethodTrace.h"
+#include "internal/StandardStreams.h"
 
 namespace tessel {
 namespace {
@@ -61,7 +62,7 @@ void EventLog::logNoFormat(const RasDescriptor& descriptor, const LogLevel& leve
   } else {
     std::ostringstream line;
     line << "DEBUG: " << record << '\n';
-    std::cout << line.str() << std::flush;
+    internal::print(std::cout, line.str());
   }
   if (descriptor.isOn(TraceLevel::MODERATE)) {
     Trace::data(descriptor, TraceLevel::MODERATE, nullptr, "log", message);

@@ -14,12 +14,12 @@
 #include "internal/DiagnosticsLock.h"
 #include "internal/LogBanner.h"
 #include "internal/MethodTrace.h"
+#include "internal/StandardStreams.h"
 
 namespace tessel {
 namespace {
 
-// Each line at once, so that those of several threads do not mix.
-void printError(const std::string& line) { std::cerr << line + '\n' << std::flush; }
+void printError(const std::string& line) { internal::print(std::cerr, line + '\n'); }
 
 void printEvent(const LogRecord& record) {
   std::ostringstream line;

@@ -26,6 +26,7 @@
 #include "internal/LastError.h"
 #include "internal/PlatformServices.h"
 #include "internal/ScopedFlag.h"
+#include "internal/StandardStreams.h"
 
 namespace tessel {
 namespace {
@@ -133,12 +134,12 @@ void FFDC::internalCapture(const std::string& className, const void* object, con
 // Inside a log file not even the lock is asked for: its holder may be waiting for that file.
 void FFDC::take(const std::string& name, const std::string& record) {
   if (internal::InsideLogFile::active()) {
-    std::cerr << record << std::flush;
+    internal::print(std::cerr, record);
     return;
   }
   const internal::DiagnosticsLock guard(*lock_, internal::DiagnosticsLock::WithinLimit());
   if (!guard.taken() || inProgress_) {
-    std::cerr << record << std::flush;
+    internal::print(std::cerr, record);
     return;
   }
   const internal::ScopedFlag flag(inProgress_);
@@ -162,7 +163,7 @@ bool FFDC::writeFile(const std::string& path, const std::string& record) {
     EventLog::errorNoFormat(rd, exception.getMessage());
     return false;
   }
-  *file << "Filename:   " << path << '\n' << record << std::flush;
+  *file << "Filename:   " << path << '\n' << internal::withoutEscapes(record) << std::flush;
   const internal::LastError error;
   if (*file) return true;
   EventLog::errorNoFormat(rd, NLS::format(rd, "KTBNV0083_UNABLE_TO_WRITE_TO_FFDC_FILE", path, error.text()));

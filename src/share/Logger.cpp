@@ -13,6 +13,7 @@
 #include <tessel/Synchronize.h>
 
 #include "internal/DiagnosticsLock.h"
+#include "internal/StandardStreams.h"
 
 namespace tessel {
 namespace {
@@ -197,7 +198,7 @@ void Logger::log(LogRecord& record) {
   if (!handled && record.getLogLevel() >= LogLevel::WARNING) {
     std::ostringstream line;
     line << record << '\n';
-    std::cerr << line.str() << std::flush;
+    internal::print(std::cerr, line.str());
   }
 }
 

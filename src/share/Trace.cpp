@@ -21,6 +21,7 @@
 #include "internal/Bundles.h"
 #include "internal/ContainsByte.h"
 #include "internal/DiagnosticsLock.h"
+#include "internal/StandardStreams.h"
 #include "internal/TraceSwitch.h"
 
 namespace tessel {
@@ -320,7 +321,7 @@ void Trace::publish(const RasDescriptor& descriptor, const void* object, const c
   }
   std::ostringstream line;
   line << "DEBUG: " << record << '\n';
-  *stream_ << line.str() << std::flush;
+  internal::print(*stream_, line.str());
 }
 
 }  // namespace tessel

@@ -229,6 +229,21 @@ TEST(UtilsFaults, AnErrorWhoseTextCannotBeReadIsItsNumber) {
   EXPECT_EQ(hook.calls(), 2U);
 }
 
+// The system answers in the code page, the log files are UTF-8.
+TEST(UtilsFaults, ASystemTextBeyondAsciiStandsInMessagesWithEscapes) {
+  ASSERT_EQ(GetACP(), 1252U);
+  FormatHook hook;
+  hook.replaceWith([](DWORD, LPCVOID, DWORD, DWORD, LPSTR buffer, DWORD, char**) -> DWORD {
+    std::strcpy(buffer, "r\xE9sum\xE9 \x80\r\n");  // NOLINT(clang-analyzer-security.insecureAPI.strcpy)
+    return 10;
+  });
+  EXPECT_EQ(NYXUtils::getLastErrorMessage(5), "r\xE9sum\xE9 \x80");
+  ImportHook<"SetEnvironmentVariableA", decltype(SetEnvironmentVariableA)> refused;
+  refused.failOnce(5);
+  EXPECT_EQ(thrownBy<NYXException>([] { NYXUtils::setenv("TESSEL_TEST", "x"); }),
+            messageText("KTBNV0110_SETENV_FAILED", "TESSEL_TEST", "r\\u00e9sum\\u00e9 \\u20ac"));
+}
+
 TEST(UtilsFaults, TheTextOfAnErrorIsReadWithoutInsertsInto4096Characters) {
   FormatHook hook;
   hook.replaceWith([](DWORD flags, LPCVOID source, DWORD number, DWORD, LPSTR buffer, DWORD size, char**) -> DWORD {

@@ -50,6 +50,14 @@ TEST(ConsoleLogHandler, WritesToStandardErrorFromWarningUp) {
   expectWritten(LogLevel::SEVERE, "", "the text\n");
 }
 
+TEST(ConsoleLogHandler, EscapesInTextsBecomeCharacters) {
+  CapturedOutput output(CapturedOutput::output);
+  ConsoleLogHandler handler;
+  LogRecord record(LogLevel::INFO, LogRecordType::EVENT, "caf\\u00E9");
+  handler.publish(record);
+  EXPECT_EQ("caf\xC3\xA9\n", output.text());
+}
+
 TEST(ConsoleLogHandler, WritesNothingBelowConfig) {
   expectWritten(LogLevel::FINE, "", "");
   expectWritten(LogLevel::ALL, "", "");

@@ -138,6 +138,14 @@ TEST(EventLogHandler, WithoutDirectoryTheReasonIsPrintedOnceAndEveryEventBehindT
   EXPECT_EQ("Class1        C two", sayingOf(lines[2].substr(11)));
 }
 
+TEST(EventLogHandler, EscapesInAPrintedEventBecomeCharacters) {
+  const test::TempFolder folder;
+  CapturedOutput error(CapturedOutput::error);
+  EventLogHandler handler(propertiesIn(folder.write("file", "") / "sub"));
+  log(handler, "caf\\u00E9");
+  EXPECT_EQ("Class1        I caf\xC3\xA9", sayingOf(linesOf(error.text()).at(1).substr(11)));
+}
+
 // A folder in the place of the oldest generation makes every rotation fail.
 TEST(EventLogHandler, FailuresToWriteAreReportedOnceAndEveryEventIsPrinted) {
   const test::TempFolder folder;

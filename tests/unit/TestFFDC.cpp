@@ -165,14 +165,18 @@ TEST(FFDC, WithoutLogDirectoryTheEventCarriesTheRecord) {
 // Captures a failure of its own while it is given one.
 class Capturing : public LogHandler {
  public:
-  explicit Capturing(Logger& logger) : LogHandler(LogLevel::ALL), logger_(logger) { logger_.addHandler(*this); }
+  explicit Capturing(Logger& logger, const NYXException* cause = nullptr)
+      : LogHandler(LogLevel::ALL), logger_(logger), cause_(cause) {
+    logger_.addHandler(*this);
+  }
   ~Capturing() override { logger_.removeHandler(*this); }
   Capturing(const Capturing&) = delete;
   Capturing& operator=(const Capturing&) = delete;
-  void publish(LogRecord& /*record*/) override { FFDC::capture("Inner", "publish", "probe", nullptr); }
+  void publish(LogRecord& /*record*/) override { FFDC::capture("Inner", "publish", "probe", cause_); }
 
  private:
   Logger& logger_;
+  const NYXException* cause_;
 };
 
 TEST(FFDC, CaptureRaisedWhileAnotherIsAnnouncedGoesToStandardError) {
@@ -185,6 +189,15 @@ TEST(FFDC, CaptureRaisedWhileAnotherIsAnnouncedGoesToStandardError) {
   ASSERT_EQ(9U, lines.size());
   EXPECT_EQ("Class:      Inner", lines[4]);
   EXPECT_EQ("[EOF]", lines[8]);
+}
+
+TEST(FFDC, EscapesInACaptureOnStandardErrorBecomeCharacters) {
+  const Captures captures;
+  const IPCException cause("caf\\u00E9");
+  const Capturing capturing(*Logger::getLogger("FFDC"), &cause);
+  CapturedOutput error(CapturedOutput::error);
+  FFDC::capture("Outer", "method1", "probe", nullptr);
+  EXPECT_EQ("Cause:      class IPCException: caf\xC3\xA9", test::linesOf(error.text()).at(7));
 }
 
 TEST(FFDC, NextCaptureIsAnnouncedAgain) {

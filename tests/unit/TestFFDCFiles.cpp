@@ -69,6 +69,13 @@ TEST(FFDCFiles, FileHoldsItsNameAndTheRecord) {
   EXPECT_EQ("Arg[0]:     value", captures[1][10]);
 }
 
+TEST(FFDCFiles, EscapesInTheCauseBecomeCharacters) {
+  const Diagnostics diagnostics;
+  const IPCException cause("caf\\u00E9");
+  FFDC::capture("Class1", "method1", "probe", &cause);
+  EXPECT_EQ("Cause:      class IPCException: caf\xC3\xA9", Diagnostics::captures().at(0).at(8));
+}
+
 TEST(FFDCFiles, NameHasTheLocalTimeTheNumberAndTheProcess) {
   const Diagnostics diagnostics;
   const std::time_t before = std::time(nullptr);

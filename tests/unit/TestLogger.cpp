@@ -178,6 +178,13 @@ TEST(Logger, WarningWithoutAnyHandlerGoesToStandardError) {
   EXPECT_EQ(streamed(warning) + "\n" + streamed(severe) + "\n", error.text());
 }
 
+TEST(Logger, EscapesInAWarningOnStandardErrorBecomeCharacters) {
+  LogRecord warning(LogLevel::WARNING, LogRecordType::EVENT, "caf\\u00E9");
+  CapturedOutput error(CapturedOutput::error);
+  Logger::getLogger("handlerless")->log(warning);
+  EXPECT_EQ("caf\xC3\xA9\n", error.text().substr(error.text().size() - 6));
+}
+
 TEST(Logger, RecordBelowWarningWithoutAnyHandlerIsDropped) {
   CapturedOutput error(CapturedOutput::error);
   CapturedOutput output(CapturedOutput::output);

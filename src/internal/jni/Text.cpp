@@ -4,7 +4,6 @@
 #include <optional>
 
 #include "internal/AnsiText.h"
-#include "internal/Digits.h"
 #include "internal/UnicodeEscapes.h"
 
 namespace tessel::internal::jni {
@@ -82,19 +81,6 @@ std::string javaFromUtf16(std::u16string_view text) {
 std::string javaFromText(std::string_view text) {
   const std::optional<std::u16string> utf16 = utf16FromUtf8(text);
   return javaFromUtf16(utf16 ? *utf16 : utf16FromAnsi(text));
-}
-
-std::string withEscapes(std::u16string_view text) {
-  std::string result;
-  for (const char16_t unit : text) {
-    if (unit >= ' ' && unit <= '~') {
-      result += static_cast<char>(unit);
-    } else {
-      result += kEscape;
-      appendHex<4>(result, unit);
-    }
-  }
-  return result;
 }
 
 }  // namespace

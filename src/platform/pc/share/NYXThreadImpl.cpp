@@ -11,6 +11,7 @@
 #include "internal/Bundles.h"
 #include "internal/LastError.h"
 #include "internal/MethodTrace.h"
+#include "internal/StandardStreams.h"
 #include "internal/TypeName.h"
 #include "internal/pc/Platform.h"
 
@@ -103,7 +104,7 @@ namespace {
 
 // Says what is about to end the process.
 [[noreturn]] void endProcess(const std::string& type, const char* text) {
-  std::cerr << type << ": " << text << std::endl;
+  internal::print(std::cerr, type + ": " + text + '\n');
   std::terminate();
 }
 
