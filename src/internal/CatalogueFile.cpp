@@ -1,5 +1,6 @@
 #include "internal/CatalogueFile.h"
 
+#include <algorithm>
 #include <array>
 #include <istream>
 
@@ -54,6 +55,16 @@ std::string catalogueSuffix(const std::string& localeName) {
     if (localeName.rfind(language.prefix, 0) == 0) return language.suffix;
   }
   return ".properties";
+}
+
+std::vector<std::string> catalogueSuffixes() {
+  std::vector<std::string> suffixes;
+  for (const Language& language : kLanguages) {
+    if (std::find(suffixes.begin(), suffixes.end(), language.suffix) == suffixes.end()) {
+      suffixes.emplace_back(language.suffix);
+    }
+  }
+  return suffixes;
 }
 
 Messages readCatalogue(std::istream& file) {

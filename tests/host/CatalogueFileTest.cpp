@@ -58,6 +58,19 @@ TEST(CatalogueFile, OnlyLeadingCharactersCount) {
   EXPECT_EQ(".properties", catalogueSuffix("english_united states.1252"));
   EXPECT_EQ("_zh_TW.properties", catalogueSuffix("zh_tw.utf-8"));
   EXPECT_EQ(".properties", catalogueSuffix("xfr_fr"));
+  EXPECT_EQ("_ko.properties", catalogueSuffix("kok-in"));  // Konkani
+}
+
+TEST(CatalogueFile, ASkippedExplanationDoesNotSwallowTheNextLine) {
+  std::istringstream file(
+      "KTBNV0001_A.explanation=ends in \\\nKTBNV0002_B=second\n"
+      "KTBNV0003_C.useraction=ends in \\\nKTBNV0004_D=fourth\n");
+  EXPECT_EQ(internal::readCatalogue(file), (internal::Messages{{"KTBNV0002_B", "second"}, {"KTBNV0004_D", "fourth"}}));
+}
+
+TEST(CatalogueFile, AKeyThatDoesNotBeginWithItsPrefixIsNeverLoaded) {
+  std::istringstream file("BUILD_LEVEL=Build level: {0}\n KTBNV0001_A=blank before\nKTBNV0002_B=b\n");
+  EXPECT_EQ(internal::readCatalogue(file), (internal::Messages{{"KTBNV0002_B", "b"}}));
 }
 
 std::string textIn(const std::string& locale) {

@@ -21,6 +21,7 @@ class ProductEnvironment : public testing::Environment {
     static const test::TempFolder root;
     const fs::path shipped = fs::path(TESSEL_SOURCE_DIR) / "resources" / "messages";
     for (const auto& file : fs::directory_iterator(shipped)) {
+      if (!file.is_regular_file()) continue;
       fs::create_directories(root.path() / "lib" / "messages");
       fs::copy_file(file, root.path() / "lib" / "messages" / file.path().filename());
     }

@@ -1,0 +1,50 @@
+"""Writes what is made from the message catalogues: the files that the library reads, and the operators' reference."""
+
+import argparse
+import pathlib
+import sys
+
+import catalogue
+import convert
+import pseudo
+import reference
+
+
+def files():
+    yield from convert.files()
+    yield from reference.files()
+
+
+def write():
+    for path, content in files():
+        path.parent.mkdir(parents=True, exist_ok=True)
+        path.write_text(content, "utf-8", newline="\n")
+
+
+def check():
+    """The files that are not as they would be written."""
+    wanted = dict(files())
+    present = set(catalogue.FOLDER.glob("*_*.properties")) | set(reference.FOLDER.glob("*"))
+    differing = [path for path in wanted if not path.exists() or path.read_bytes() != wanted[path].encode("utf-8")]
+    return sorted(differing) + sorted(present - set(wanted))
+
+
+def main():
+    parser = argparse.ArgumentParser(prog="scripts/messages", description=__doc__)
+    parser.add_argument("--check", action="store_true", help="name the files that differ instead of writing them")
+    parser.add_argument("--pseudo", type=pathlib.Path, metavar="FOLDER",
+                        help="write a product folder with the pseudo-language instead")
+    arguments = parser.parse_args()
+    if arguments.pseudo:
+        pseudo.write(arguments.pseudo)
+    elif arguments.check:
+        differing = check()
+        for path in differing:
+            print(f"{path.relative_to(catalogue.TOP)}: not as scripts/messages writes it")
+        sys.exit(1 if differing else 0)
+    else:
+        write()
+
+
+if __name__ == "__main__":
+    main()
