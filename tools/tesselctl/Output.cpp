@@ -4,6 +4,7 @@
 
 #include <tessel/NYXUtils.h>
 
+#include "Text.h"
 #include "internal/pc/Platform.h"
 
 namespace tesselctl {
@@ -24,16 +25,29 @@ bool isConsole(DWORD stream) {
   return GetConsoleMode(GetStdHandle(stream), &mode) != 0;
 }
 
-}  // namespace
+// A console shows every language, whatever its code page is.
+bool show(DWORD stream, const std::string& text) {
+  if (!isConsole(stream)) return write(stream, text);
+  const std::wstring wide = wideText(textOfLibrary(text));
+  DWORD written = 0;
+  return WriteConsoleW(GetStdHandle(stream), wide.data(), static_cast<DWORD>(wide.size()), &written, nullptr) != 0;
+}
 
-void printText(std::string_view text) {
-  if (write(STD_OUTPUT_HANDLE, text)) return;
+[[noreturn]] void failToWrite() {
   throw std::runtime_error("cannot write to standard output: " + tessel::NYXUtils::getLastErrorMessage());
 }
 
-void printLine(const std::string& text) { printText(text + '\n'); }
+}  // namespace
 
-void printNote(const std::string& text) { write(STD_ERROR_HANDLE, text); }
+void printText(std::string_view text) {
+  if (!write(STD_OUTPUT_HANDLE, text)) failToWrite();
+}
+
+void printLine(const std::string& text) {
+  if (!show(STD_OUTPUT_HANDLE, text + '\n')) failToWrite();
+}
+
+void printNote(const std::string& text) { show(STD_ERROR_HANDLE, textOfLibrary(text)); }
 
 void printError(const std::string& text) { printNote("tesselctl: " + text + '\n'); }
 

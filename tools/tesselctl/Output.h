@@ -7,14 +7,14 @@
 
 namespace tesselctl {
 
-// The text and a line end to standard output. Throws std::runtime_error when it cannot be written, as behind a pipe
-// whose reader has gone.
+// The text and a line end to standard output; a console shows it as what it is, in UTF-8 or the code page. Throws
+// std::runtime_error when it cannot be written, as behind a pipe whose reader has gone.
 void printLine(const std::string& text);
 
 // To standard output as it is. Throws like printLine.
 void printText(std::string_view text);
 
-// To standard error as it is; nothing is done when it cannot be written.
+// To standard error, in UTF-8 and without the escapes of catalogue texts; nothing is done when it cannot be written.
 void printNote(const std::string& text);
 
 // "tesselctl: ", the text and a line end to standard error.

@@ -16,9 +16,11 @@ namespace {
 constexpr int kFailure = 1;
 constexpr int kWrongUsage = 2;
 
-int run(const tesselctl::Command& command) {
+// Those that read the catalogues themselves say what is wrong with them.
+int run(const tesselctl::Command& command, bool showsMessages) {
   try {
-    tesselctl::prepareCatalogue();
+    tesselctl::findProduct();
+    if (showsMessages) tesselctl::checkCatalogues();
     return command();
   } catch (const tessel::NYXException& exception) {
     tesselctl::printError(exception.getMessage());
@@ -52,6 +54,8 @@ int main(int argc, char** argv) {
   tesselctl::addAcl(app, command);
   tesselctl::addLock(app, command);
   tesselctl::addProps(app, command);
+  tesselctl::addMsg(app, command);
+  tesselctl::addDoctor(app, command);
   tesselctl::addQm(app, command);
   tesselctl::addRun(app, command);
   CLI::App* trace = app.add_subcommand("trace", "Trace files");
@@ -63,5 +67,5 @@ int main(int argc, char** argv) {
     // Help and version arrive here, too.
     return app.exit(outcome) == 0 ? 0 : kWrongUsage;
   }
-  return run(command);
+  return run(command, !app.got_subcommand("doctor") && !app.got_subcommand("msg"));
 }

@@ -1,0 +1,165 @@
+#include <array>
+#include <filesystem>
+#include <fstream>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include <tessel/NYXUtils.h>
+
+#include "Catalogue.h"
+#include "Commands.h"
+#include "Output.h"
+#include "System.h"
+#include "internal/CatalogueFile.h"
+
+namespace tesselctl {
+namespace {
+
+namespace fs = std::filesystem;
+using tessel::NYXUtils;
+
+constexpr const char* kLibrary = "tesselnative.dll";
+
+struct Options {
+  std::string logDirectory;
+};
+
+// What was looked at, and what to do when it is not as it should be.
+struct Finding {
+  std::string subject;
+  std::string seen;
+  std::string advice;  // empty when all is well
+};
+
+bool isFile(const fs::path& path) {
+  std::error_code ignored;
+  return fs::is_regular_file(path, ignored);
+}
+
+std::string joined(const std::vector<std::string>& names) {
+  std::string list;
+  for (const std::string& name : names) list += (list.empty() ? "" : ", ") + name;
+  return list;
+}
+
+Finding productRoot() {
+  const std::string subject = "product root";
+  const std::string root = NYXUtils::getKTBProdRoot();
+  if (root.empty()) {
+    return {subject, "not known",
+            "Set the environment variable KTB_PROD to the folder that the product is installed in."};
+  }
+  std::error_code ignored;
+  if (fs::is_directory(root, ignored)) return {subject, root, {}};
+  return {subject, root + " is no folder", "Set KTB_PROD to the folder that the product is installed in."};
+}
+
+std::vector<std::string> missing(const std::vector<std::string>& names) {
+  std::vector<std::string> result;
+  for (const std::string& name : names) {
+    if (!std::ifstream(catalogueFolder() + name)) result.push_back(name);
+  }
+  return result;
+}
+
+Finding currentCatalogue() {
+  const std::vector<std::string> names = catalogueNames(userCatalogueSuffix());
+  const std::string subject = "messages for the locale " + userLocale();
+  const std::vector<std::string> lost = missing(names);
+  if (lost.empty()) return {subject, joined(names), {}};
+  return {subject, "missing in " + catalogueFolder() + ": " + joined(lost),
+          "Install the product again. Until then programs of this user may wait for the file without end."};
+}
+
+Finding allCatalogues() {
+  std::vector<std::string> names;
+  for (const std::string& suffix : tessel::internal::catalogueSuffixes()) {
+    for (const std::string& name : catalogueNames(suffix)) names.push_back(name);
+  }
+  const std::vector<std::string> lost = missing(names);
+  const std::string subject = "messages of all languages";
+  if (lost.empty()) return {subject, std::to_string(names.size()) + " files in " + catalogueFolder(), {}};
+  return {subject, "missing in " + catalogueFolder() + ": " + joined(lost),
+          "Install the product again. Programs of users with such a language wait for its file without end."};
+}
+
+Finding library() {
+  const std::string path = modulePath(kLibrary);
+  const std::string version = fileVersion(path);
+  const std::string seen = path + ", version " + (version.empty() ? "not known" : version);
+  if (version == TESSEL_VERSION) return {"library", seen, {}};
+  return {"library", seen,
+          "This tool is of version " TESSEL_VERSION
+          ". Install the product again, so that all of it is of one version."};
+}
+
+Finding jar() {
+  const std::string folder = NYXUtils::getKTBProdRoot() + "/share/java/";
+  const std::string name = "tessel-native-" TESSEL_VERSION ".jar";
+  if (isFile(folder + name)) return {"companion jar", folder + name, {}};
+  return {"companion jar", folder + name + " is missing",
+          "Install the product again. Java programs need the jar of the library's version; native ones do not."};
+}
+
+Finding java() {
+  const std::string home = NYXUtils::getenv("JAVA_HOME");
+  if (!home.empty()) {
+    const std::string program = home + "\\bin\\java.exe";
+    if (isFile(program)) return {"Java", program, {}};
+    return {"Java", program + " is missing",
+            "Correct the environment variable JAVA_HOME, or remove it to take Java from PATH."};
+  }
+  const std::string found = searchPath("java.exe");
+  if (!found.empty()) return {"Java", found, {}};
+  return {"Java", "not found", "Install Java 8 or later, and set JAVA_HOME or PATH. Native programs do not need it."};
+}
+
+// A folder that is still to be made is as good as its parent.
+fs::path nearestExisting(fs::path folder) {
+  std::error_code ignored;
+  while (!fs::exists(folder, ignored) && folder.has_parent_path() && folder != folder.parent_path()) {
+    folder = folder.parent_path();
+  }
+  return folder;
+}
+
+Finding logDirectory(const std::string& directory) {
+  const fs::path folder = nearestExisting(fs::absolute(directory));
+  std::string reason;
+  if (canCreateFile(folder.string(), reason)) return {"log directory", directory + " can be written", {}};
+  return {"log directory", directory + ": " + reason,
+          "Give the user who runs the product the right to create files in " + folder.string() + "."};
+}
+
+// As the companion jar chooses it.
+std::string usualLogDirectory() { return temporaryFolder() + "tessel-native\\logs"; }
+
+int run(const Options& options) {
+  const std::array<Finding, 7> findings{
+      productRoot(), currentCatalogue(), allCatalogues(), library(), jar(), java(), logDirectory(options.logDirectory)};
+  int code = 0;
+  for (const Finding& finding : findings) {
+    const bool good = finding.advice.empty();
+    printLine((good ? "ok    " : "WRONG ") + finding.subject + ": " + finding.seen);
+    if (!good) printLine("      " + finding.advice);
+    if (!good) code = 1;
+  }
+  return code;
+}
+
+}  // namespace
+
+void addDoctor(CLI::App& app, Command& chosen) {
+  CLI::App* command = app.add_subcommand("doctor", "Look whether the product is installed as its programs need it.");
+  const auto options = std::make_shared<Options>();
+  options->logDirectory = usualLogDirectory();
+  command->add_option("--log-dir", options->logDirectory,
+                      "The log directory to look at; the companion jar's unless given");
+  command->footer(
+      "Prints a line for each thing looked at, and what to do about each that is wrong. Exit codes: 0 all is\n"
+      "well, 1 something is wrong, 2 wrong usage.");
+  command->callback([options, &chosen] { chosen = [options] { return run(*options); }; });
+}
+
+}  // namespace tesselctl
