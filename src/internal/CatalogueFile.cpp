@@ -4,6 +4,8 @@
 #include <array>
 #include <istream>
 
+#include "internal/ContainsByte.h"
+
 namespace tessel::internal {
 namespace {
 
@@ -30,19 +32,46 @@ constexpr std::array<Language, 16> kLanguages{{{"cs", "_cs.properties"},
                                                {"zh", "_zh_CN.properties"},
                                                {"", ".properties"}}};
 
-bool isMessageLine(const std::string& line) {
-  return line.compare(0, 3, "KTB") == 0 && line.find(".useraction=") == std::string::npos &&
-         line.find(".explanation=") == std::string::npos;
+bool endsWith(std::string_view text, std::string_view end) {
+  return text.size() >= end.size() && text.substr(text.size() - end.size()) == end;
+}
+
+// What holds ".explanation=" or ".useraction=" anywhere is no message.
+bool isMessageLine(std::string_view line) {
+  if (line.substr(0, 3) != "KTB") return false;
+  for (std::size_t at = findByte(line, '='); at != std::string_view::npos; at = findByte(line, '=', at + 1)) {
+    const std::string_view start = line.substr(0, at);
+    if (endsWith(start, ".explanation") || endsWith(start, ".useraction")) return false;
+  }
+  return true;
+}
+
+std::string contentOf(std::istream& file) {
+  constexpr std::size_t kChunk = 65536;
+  std::string content;
+  while (file) {
+    const std::size_t size = content.size();
+    content.resize(size + kChunk);
+    file.read(content.data() + size, kChunk);
+    content.resize(size + static_cast<std::size_t>(file.gcount()));
+  }
+  return content;
+}
+
+// Takes a line off the front of the content, an empty one when there is none.
+std::string_view takeLine(std::string_view& content) {
+  const std::size_t end = std::min(findByte(content, '\n'), content.size());
+  const std::string_view line = content.substr(0, end);
+  content.remove_prefix(std::min(end + 1, content.size()));
+  return line;
 }
 
 // Joins continuation lines. The next line replaces from the first backslash on, and a continuation at the end of
 // the file never ends: both are how the catalogues have always been read.
-void joinContinuations(std::string& text, std::istream& file) {
+void joinContinuations(std::string& text, std::string_view& content) {
   while (!text.empty() && text.back() == '\\') {
-    std::string next;
-    std::getline(file, next);
-    const std::size_t backslash = text.find('\\');
-    text.replace(backslash, next.size(), next);
+    const std::string_view next = takeLine(content);
+    text.replace(text.find('\\'), next.size(), next);
   }
 }
 
@@ -68,13 +97,16 @@ std::vector<std::string> catalogueSuffixes() {
 }
 
 Messages readCatalogue(std::istream& file) {
+  const std::string content = contentOf(file);
   Messages messages;
-  for (std::string line; std::getline(file, line);) {
+  for (std::string_view rest = content; !rest.empty();) {
+    const std::string_view line = takeLine(rest);
     if (!isMessageLine(line)) continue;
-    const std::size_t equals = line.find('=');
-    std::string text = equals == std::string::npos ? line : line.substr(equals + 1);
-    joinContinuations(text, file);
-    messages.emplace(line.substr(0, equals), std::move(text));
+    const std::size_t equals = findByte(line, '=');
+    std::string text(equals == std::string_view::npos ? line : line.substr(equals + 1));
+    joinContinuations(text, rest);
+    // In a file that is in order each key stands behind all others.
+    messages.emplace_hint(messages.end(), line.substr(0, equals), std::move(text));
   }
   return messages;
 }

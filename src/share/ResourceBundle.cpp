@@ -2,8 +2,9 @@
 
 #include <atomic>
 #include <fstream>
-#include <map>
 #include <stdexcept>
+#include <string_view>
+#include <unordered_map>
 
 #include <tessel/EventLog.h>
 #include <tessel/NYXThreadSyncImpl.h>
@@ -22,11 +23,18 @@ const RasDescriptor ResourceBundle::rd("ResourceBundle", internal::kMessages);
 struct ResourceBundle::Catalogue {
   std::string name;
   internal::Messages messages;
+  // Into the messages: a look-up by the order of the keys would compare a handful of them.
+  std::unordered_map<std::string_view, const std::string*> texts;
+
+  void fillTexts() {
+    texts.clear();
+    for (const auto& [key, text] : messages) texts.emplace(key, &text);
+  }
 };
 
 // Replaced as a whole, never changed: look-ups take no lock. The few former maps are kept in `previous`.
 struct ResourceBundle::Cache {
-  std::map<std::string, ResourceBundle> bundles;
+  std::unordered_map<std::string, ResourceBundle> bundles;
   const Cache* previous = nullptr;
 };
 
@@ -78,6 +86,7 @@ ResourceBundle::ResourceBundle(const std::string& name) {
   catalogue_ = catalogue;
   if (const std::unique_ptr<std::istream> file = getResourcesFile()) {
     catalogue->messages = internal::readCatalogue(*file);
+    catalogue->fillTexts();
   }
 }
 
@@ -89,8 +98,8 @@ std::string ResourceBundle::getString(const std::string& key) const { return fin
 
 const std::string& ResourceBundle::find(const std::string& key) const {
   internal::MethodTrace trace(rd, this, "getString", key);
-  const auto message = catalogue_->messages.find(key);
-  return trace.result(message == catalogue_->messages.end() ? key : message->second);
+  const auto text = catalogue_->texts.find(key);
+  return trace.result(text == catalogue_->texts.end() ? key : *text->second);
 }
 
 void ResourceBundle::setupUnitTest() {
@@ -99,6 +108,7 @@ void ResourceBundle::setupUnitTest() {
   for (const char* number : {"1", "2", "3", "4", "5"}) {
     catalogue->messages.emplace(std::string("UT_NLS_KEY_") + number, std::string("Error message ") + number);
   }
+  catalogue->fillTexts();
   catalogue_ = catalogue;
 }
 
