@@ -14,7 +14,13 @@ install(
   DIRECTORY resources/messages
   DESTINATION lib
   FILES_MATCHING
-  PATTERN "*.properties")
+  PATTERN "*.properties"
+  PATTERN "src" EXCLUDE)
+install(
+  DIRECTORY docs/messages
+  DESTINATION ${CMAKE_INSTALL_DOCDIR}
+  FILES_MATCHING
+  PATTERN "*.html")
 # Built by Maven beforehand: mvn -f java/pom.xml -Dtessel.dll.folder=<folder of the DLL> package
 set(jars ${PROJECT_SOURCE_DIR}/java/target/tessel-native-${PROJECT_VERSION})
 install(FILES ${jars}.jar ${jars}-sources.jar ${jars}-javadoc.jar DESTINATION ${CMAKE_INSTALL_DATADIR}/java OPTIONAL)

@@ -5,7 +5,7 @@ set -euo pipefail
 source "$(dirname "$0")/../../scripts/lib.sh"
 
 if [ "${1:-}" = --list ]; then
-  sed -n 's/^case_\([a-z0-9_]*\)() {.*/\1/p' tests/tool/run.sh
+  sed -n 's/^case_\([a-z0-9_]*\)() {.*/\1/p' tests/tool/run.sh tests/tool/cases/*.sh
   exit 0
 fi
 
@@ -709,6 +709,7 @@ case_trace_view_reports_files_it_cannot_read_or_write() {
   error_line "--thread: 10g is no thread number as the trace shows it"
 }
 
+for file in tests/tool/cases/*.sh; do source "$file"; done
 for current in "$@"; do
   service=tesselctl-$$-$current
   "case_$current"

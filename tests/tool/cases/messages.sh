@@ -1,0 +1,161 @@
+# The messages: what the tool tells of them, how it looks over an installation, what is made from the catalogues.
+
+# shipped LANGUAGE KEY: the text as its translator wrote it, apostrophes as they are shown.
+shipped() {
+  local file=resources/messages/src/KTBNVMessages_$1.properties
+  [ "$1" != en ] || file=resources/messages/KTBNVMessages.properties
+  sed -n "s/^$2=//p" "$file" | sed "s/''/'/g"
+}
+
+case_msg_explains_a_message() {
+  local expected
+  expected=$(shipped en KTBNV0087_CREATE_NAMED_PIPE_FAILED; echo
+    shipped en KTBNV0087_CREATE_NAMED_PIPE_FAILED.explanation; echo
+    shipped en KTBNV0087_CREATE_NAMED_PIPE_FAILED.useraction)
+  for name in KTBNV0087 ktbnv0087e 87 0087 KTBNV0087_CREATE_NAMED_PIPE_FAILED; do
+    run 0 msg "$name"
+    equal "$name" "$expected" "$(cat "$work/out")"
+  done
+}
+
+case_msg_fills_the_inserts() {
+  run 0 msg 87 transfer "No way {0}."
+  equal "the text" "KTBNV0087E: Unable to create the pipe of the service 'transfer'. System text: No way {0}." \
+    "$(head -n 1 "$work/out")"
+  run 1 msg 87 transfer
+  error_line "message KTBNV0087 takes another number of inserts than 1: $(shipped en KTBNV0087_CREATE_NAMED_PIPE_FAILED)"
+  run 1 msg 87 a b c
+  error_line "message KTBNV0087 takes another number of inserts than 3: $(shipped en KTBNV0087_CREATE_NAMED_PIPE_FAILED)"
+}
+
+case_msg_speaks_every_language() {
+  for language in cs de es fr hu it ja ko pl pt_BR ru zh_CN zh_TW; do
+    run 0 msg 87 --lang "$language"
+    equal "$language" "$(shipped "$language" KTBNV0087_CREATE_NAMED_PIPE_FAILED)" "$(head -n 1 "$work/out")"
+  done
+  for name in pt pt-br PT_BR; do
+    run 0 msg 87 --lang "$name"
+    equal "$name" "$(shipped pt_BR KTBNV0087_CREATE_NAMED_PIPE_FAILED)" "$(head -n 1 "$work/out")"
+  done
+  LC_ALL=de_DE.UTF-8 run 0 msg 87
+  equal "the user's" "$(shipped de KTBNV0087_CREATE_NAMED_PIPE_FAILED)" "$(head -n 1 "$work/out")"
+  run 0 msg 87 --lang en
+  equal "English" "$(shipped en KTBNV0087_CREATE_NAMED_PIPE_FAILED)" "$(head -n 1 "$work/out")"
+}
+
+case_msg_searches_words_in_texts_explanations_and_actions() {
+  run 0 msg --search zxdisc
+  equal "in a text" "$(shipped en KTBNV0153_GETPROCADDRESS_ZXDISC_ERROR)" "$(cat "$work/out")"
+  run 0 msg --search "END THE PROCESS THAT SERVES"
+  equal "in an action" "$(shipped en KTBNV0087_CREATE_NAMED_PIPE_FAILED)" "$(cat "$work/out")"
+  run 1 msg --search "no such words"
+  error_line "no message contains no such words"
+}
+
+case_msg_reports_what_it_does_not_know() {
+  run 1 msg 9999
+  error_line "there is no message 9999"
+  run 1 msg KTBNV0087X
+  error_line "there is no message KTBNV0087X"
+  run 1 msg 87 --lang sv
+  error_line "there are no messages in the language sv; there are cs, de, en, es, fr, hu, it, ja, ko, pl, pt_br, ru, zh_tw, zh_cn"
+  KTB_PROD=Z:$work run 1 msg 87
+  error_line "cannot read the message catalogue Z:$work/lib/messages/KTBNVMessages.properties"
+  run 2 msg
+  error_line "MESSAGE or --search is required"
+  run 2 msg 87 --search word
+  error_line "MESSAGE excludes --search"
+}
+
+# installed: a product as it is installed, in $work/product, with a Java in $work/java.
+installed() {
+  rm -rf "$work/product" "$work/java"
+  mkdir -p "$work/product/lib/messages" "$work/product/share/java" "$work/java/bin" "$work/logs"
+  cp resources/messages/*.properties "$work/product/lib/messages/"
+  : >"$work/product/share/java/tessel-native-0.1.0.jar"
+  : >"$work/java/bin/java.exe"
+}
+
+# doctor CODE LOCALE LOG_FOLDER
+doctor() { JAVA_HOME=Z:$work/java KTB_PROD=Z:$work/product LC_ALL=$2 run "$1" doctor --log-dir "$3"; }
+
+library() { printf 'Z:%s' "$(realpath "$folder/tesselnative.dll")" | tr / '\\'; }
+
+case_doctor_finds_everything_in_order() {
+  installed
+  doctor 0 it_IT.UTF-8 "Z:$work/logs"
+  equal "the findings" "ok    product root: Z:$work/product
+ok    messages for the locale it-IT: KTBNVMessages_it.properties, KTBNVElements_it.properties
+ok    messages of all languages: 28 files in Z:$work/product/lib/messages/
+ok    library: $(library), version 0.1.0
+ok    companion jar: Z:$work/product/share/java/tessel-native-0.1.0.jar
+ok    Java: Z:$work/java\\bin\\java.exe
+ok    log directory: Z:$work/logs can be written" "$(cat "$work/out")"
+  equal "the log folder" "" "$(ls "$work/logs")"
+  doctor 0 C "Z:$work/logs/to/be/made"
+  equal "a folder to be made" "ok    log directory: Z:$work/logs/to/be/made can be written" "$(tail -n 1 "$work/out")"
+  equal "the log folder" "" "$(ls "$work/logs")"
+}
+
+case_doctor_says_what_to_do_for_each_finding() {
+  installed
+  rm "$work/product/lib/messages"/KTBNVElements_{it,ko}.properties "$work/product/share/java"/*.jar "$work/java/bin"/*
+  : >"$work/file"
+  doctor 1 it_IT.UTF-8 "Z:$work/file"
+  equal "the findings" "ok    product root: Z:$work/product
+WRONG messages for the locale it-IT: missing in Z:$work/product/lib/messages/: KTBNVElements_it.properties
+      Install the product again. Until then programs of this user may wait for the file without end.
+WRONG messages of all languages: missing in Z:$work/product/lib/messages/: KTBNVElements_it.properties, KTBNVElements_ko.properties
+      Install the product again. Programs of users with such a language wait for its file without end.
+ok    library: $(library), version 0.1.0
+WRONG companion jar: Z:$work/product/share/java/tessel-native-0.1.0.jar is missing
+      Install the product again. Java programs need the jar of the library's version; native ones do not.
+WRONG Java: Z:$work/java\\bin\\java.exe is missing
+      Correct the environment variable JAVA_HOME, or remove it to take Java from PATH." "$(head -n 10 "$work/out")"
+  grep -qF "WRONG log directory: Z:$work/file: " "$work/out" || fail "the log directory"
+}
+
+case_doctor_reports_a_product_root_that_is_none() {
+  KTB_PROD=Z:$work/none run 1 doctor
+  equal "the root" "WRONG product root: Z:$work/none is no folder
+      Set KTB_PROD to the folder that the product is installed in." "$(head -n 2 "$work/out")"
+}
+
+# A copy of what scripts/messages reads and writes.
+copied() {
+  rm -rf "$work/tree"
+  mkdir -p "$work/tree/tools" "$work/tree/scripts" "$work/tree/docs"
+  cp -r resources src "$work/tree/"
+  cp -r tools/messages "$work/tree/tools/"
+  cp -r docs/messages "$work/tree/docs/"
+  cp scripts/messages "$work/tree/scripts/"
+}
+
+# check_finds CODE TEXT
+check_finds() {
+  local code=0
+  "$work/tree/scripts/messages" --check >"$work/out" 2>&1 || code=$?
+  equal "the exit code of scripts/messages --check" "$1" "$code"
+  equal "its findings" "$2" "$(cat "$work/out")"
+}
+
+case_what_is_made_from_the_catalogues_is_checked() {
+  local made="not as scripts/messages writes it"
+  copied
+  check_finds 0 ""
+  echo "KTBNV0001_X=x" >>"$work/tree/resources/messages/KTBNVMessages_fr.properties"
+  echo "# stray" >"$work/tree/resources/messages/KTBNVMessages_sv.properties"
+  echo >>"$work/tree/docs/messages/ja.html"
+  check_finds 1 "docs/messages/ja.html: $made
+resources/messages/KTBNVMessages_fr.properties: $made
+resources/messages/KTBNVMessages_sv.properties: $made"
+  copied
+  sed -i 's/^KTBNV_DATE=.*/KTBNV_DATE=Datum, neu: {0}/' "$work/tree/resources/messages/src/KTBNVElements_de.properties"
+  check_finds 1 "resources/messages/KTBNVElements_de.properties: $made"
+  "$work/tree/scripts/messages"
+  check_finds 0 ""
+}
+
+case_the_reference_works_in_a_browser() {
+  timeout -k 5 120 tests/tool/look_at_reference.py docs/messages >"$work/out" 2>"$work/err" || fail "the reference"
+}
