@@ -175,8 +175,8 @@ TEST(LogFileFaults, AnEventThatCannotBeWrittenIsPrintedAndTheNextOneIsWritten) {
   EventLog::infoNoFormat(rd, "three");
   const Texts lines = linesOf(error.text());
   ASSERT_EQ(3U, lines.size());
-  EXPECT_EQ(messageText("KTBNV0052_UNABLE_TO_WRITE_TO_EVENT_LOG", diagnostics.folder().string(),
-                        messageText("KTBNV0054_UNABLE_TO_OPEN_FILE", diagnostics.eventFile().string(), kRareText)),
+  EXPECT_EQ(shownMessage("KTBNV0052_UNABLE_TO_WRITE_TO_EVENT_LOG", diagnostics.folder().string(),
+                         messageText("KTBNV0054_UNABLE_TO_OPEN_FILE", diagnostics.eventFile().string(), kRareText)),
             lines[0]);
   EXPECT_NE(std::string::npos, lines[1].find(" Class1        I one"));
   EXPECT_NE(std::string::npos, lines[2].find(" Class1        I two"));
@@ -241,8 +241,8 @@ TEST(LogFileFaults, AnEventLogThatCannotBeOpenedIsReportedOnStandardErrorAndKeep
   EXPECT_EQ(2, handles.growth()) << "the monitors of the event log's file and of the trace handler";
   EXPECT_EQ(Texts(), namesIn(folder.path()));
   ASSERT_EQ(1U, lines.size());
-  EXPECT_EQ(messageText("KTBNV0126_UNABLE_TO_CREATE_EVENT_LOG", folder.path().string(),
-                        messageText("KTBNV0054_UNABLE_TO_OPEN_FILE", (folder.path() / "x0.log").string(), kRareText)),
+  EXPECT_EQ(shownMessage("KTBNV0126_UNABLE_TO_CREATE_EVENT_LOG", folder.path().string(),
+                         messageText("KTBNV0054_UNABLE_TO_OPEN_FILE", (folder.path() / "x0.log").string(), kRareText)),
             lines[0]);
 }
 

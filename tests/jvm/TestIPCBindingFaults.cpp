@@ -175,8 +175,8 @@ TEST_F(IPCBindingFaults, OfAServerGiveItOrAnExceptionAndNothingIsLeft) {
 
 TEST_F(IPCBindingFaults, OfTheLookUpOfTheMethodAreReportedAsTheMissingMethod) {
   const JavaAnswers answers(env, echo);
-  const std::string missing = kIPCException + messageText("KTBNV0069_UNKNOWN_JAVA_METHOD",
-                                                          "byte [] com.kelvo.tessel.ipc.IPCServer.onMessage(byte [])");
+  const std::string missing = kIPCException + shownMessage("KTBNV0069_UNKNOWN_JAVA_METHOD",
+                                                           "byte [] com.kelvo.tessel.ipc.IPCServer.onMessage(byte [])");
   const auto thrown = [&](const std::string& function, Failure failure) {
     JniShim shim(env);
     shim.failOn(function, 1, failure);
@@ -218,7 +218,7 @@ TEST_F(IPCBindingFaults, OfTheMachineAreTracedWhereTheServerIsMade) {
     shim.failOn("GetJavaVM", 1, Failure::silent);
     EXPECT_EQ(openServer(answers.object(), name), 0);
   }
-  EXPECT_EQ(takeException(env), kIPCException + messageText("KTBNV0169_INVALID_JVM_POINTER"));
+  EXPECT_EQ(takeException(env), kIPCException + shownMessage("KTBNV0169_INVALID_JVM_POINTER"));
   EXPECT_EQ(takeData("JavaCallbackIPCListener", "JavaCallbackIPCListener"), Texts{"[GetJavaVM failed])"});
 }
 
@@ -233,7 +233,7 @@ TEST_F(IPCBindingFaults, OfTheExceptionsClassAreAnsweredWithAMoreGeneralOne) {
     });
     return thrown;
   };
-  const std::string text = messageText("KTBNV0066_OPEN_ERROR", name, systemText(2));
+  const std::string text = shownMessage("KTBNV0066_OPEN_ERROR", name, systemText(2));
   EXPECT_EQ(thrownWithout("IPCServer"), "com.kelvo.tessel.ipc.IPCNotFoundException: " + text);
   EXPECT_EQ(thrownWithout("IPCNotFoundException"), kIPCException + text);
   EXPECT_EQ(thrownWithout("IPCException"), "java.lang.RuntimeException: " + text);

@@ -80,7 +80,7 @@ void onTwoThreads(const std::function<void()>& call) {
   for (const HANDLE thread : threads) CloseHandle(thread);
 }
 
-const std::string kThrown = kIPCException + messageText("KTBNV0070_JAVA_EXCEPTION_THROWN");
+const std::string kThrown = kIPCException + shownMessage("KTBNV0070_JAVA_EXCEPTION_THROWN");
 
 }  // namespace
 

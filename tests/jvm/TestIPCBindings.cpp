@@ -164,7 +164,7 @@ TEST_P(IPCBindings, ANullRequestIsNamed) {
 TEST_P(IPCBindings, AServiceThatNobodyServesIsNotFound) {
   const std::string name = uniqueService();
   EXPECT_EQ(refused([&] { return openClient(name); }),
-            "com.kelvo.tessel.ipc.IPCNotFoundException: " + messageText("KTBNV0066_OPEN_ERROR", name, systemText(2)));
+            "com.kelvo.tessel.ipc.IPCNotFoundException: " + shownMessage("KTBNV0066_OPEN_ERROR", name, systemText(2)));
 }
 
 TEST_P(IPCBindings, APipeThatExcludesTheUserIsAnException) {
@@ -175,7 +175,7 @@ TEST_P(IPCBindings, APipeThatExcludesTheUserIsAnException) {
     return INVALID_HANDLE_VALUE;
   });
   EXPECT_EQ(refused([&] { return openClient("any"); }),
-            kIPCException + messageText("KTBNV0177_NOT_AUTHORIZED", "any", systemText(5)));
+            kIPCException + shownMessage("KTBNV0177_NOT_AUTHORIZED", "any", systemText(5)));
 }
 
 TEST_P(IPCBindings, EachNativeExceptionOfAConnectionHasItsJavaClass) {
@@ -230,8 +230,7 @@ TEST_P(IPCBindings, ANameThatTheCodePageLacksIsAnException) {
   const std::string name = "C:\\\xE4\xB8\xAD";
   const jstring any = string("any");
   const JavaAnswers answers(env, echo);
-  const std::string expected = kIPCException + "KTBNV0178E: The name '" + name +
-                               "' has a character that the code page of this system does not have.";
+  const std::string expected = kIPCException + shownMessage("KTBNV0178_NOT_IN_CODE_PAGE", name);
   EXPECT_EQ(refused([&] { return native::openClient(env, any, string(name), string(properties())); }), expected);
   EXPECT_EQ(refused([&] { return native::openClient(env, any, any, string(name)); }), expected);
   EXPECT_EQ(refused([&] { return native::openServer(env, answers.object(), any, string(name), any); }), expected);
@@ -246,8 +245,8 @@ TEST_P(IPCBindings, AnObjectWithoutTheMethodIsRefusedAndNothingIsLeft) {
   const HandleBaseline handles;
   const std::string thrown = open();
   EXPECT_EQ(handles.growth(), 0);
-  EXPECT_EQ(thrown, kIPCException + messageText("KTBNV0069_UNKNOWN_JAVA_METHOD",
-                                                "byte [] com.kelvo.tessel.ipc.IPCServer.onMessage(byte [])"));
+  EXPECT_EQ(thrown, kIPCException + shownMessage("KTBNV0069_UNKNOWN_JAVA_METHOD",
+                                                 "byte [] com.kelvo.tessel.ipc.IPCServer.onMessage(byte [])"));
   EXPECT_EQ(refused([&] { return openClient(name); }).find("com.kelvo.tessel.ipc.IPCNotFoundException: "), 0U);
 }
 

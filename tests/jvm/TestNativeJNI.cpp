@@ -98,17 +98,17 @@ TEST_P(NativeMethods, CheckFilePermissionsPassesAPrivateFile) {
 TEST_P(NativeMethods, CheckFilePermissionsRefusesAnOpenFile) {
   const CraftedDescriptor file(descriptorWith({allow(0x1FFFFF, kEveryone)}));
   EXPECT_EQ(thrown("checkFilePermissions", [&] { native::checkFilePermissions(env, string("C:\\f")); }),
-            kPermissionsException + messageText("KTBNV0145_GROUP_HAS_ACCESS", "Everyone", "C:\\f"));
+            kPermissionsException + shownMessage("KTBNV0145_GROUP_HAS_ACCESS", "Everyone", "C:\\f"));
 }
 
 TEST_P(NativeMethods, CheckFilePermissionsRefusesNull) {
   EXPECT_EQ(thrown("checkFilePermissions", [&] { native::checkFilePermissions(env, nullptr); }),
-            kPermissionsException + messageText("KTBNV0167_FILEPATH_NULL"));
+            kPermissionsException + shownMessage("KTBNV0167_FILEPATH_NULL"));
 }
 
 TEST_P(NativeMethods, ChmodIsUnsupported) {
   EXPECT_EQ(thrown("chmod", [&] { native::chmod(env, string("C:\\f"), 0600); }),
-            "java.lang.UnsupportedOperationException: " + messageText("KTBNV0020_CHMOD_UNSUPPORTED"));
+            "java.lang.UnsupportedOperationException: " + shownMessage("KTBNV0020_CHMOD_UNSUPPORTED"));
 }
 
 TEST_P(NativeMethods, NobodyHasSpecialAuthority) {
@@ -132,7 +132,7 @@ TEST_P(NativeMethods, AGroupListThatCannotBeReadIsAnIOException) {
   hook.failOnce(kRareError);
   EXPECT_EQ(thrown("isCurrentUserMemberOfGroup",
                    [&] { EXPECT_EQ(native::isCurrentUserMemberOfGroup(env, string("Users")), JNI_FALSE); }),
-            kIOException + messageText("KTBNV0129_OPENPROCESSTOKEN_FAILED", kRareText));
+            kIOException + shownMessage("KTBNV0129_OPENPROCESSTOKEN_FAILED", kRareText));
 }
 
 TEST_P(NativeMethods, MkprivRestrictsAndFailsWithAnIOException) {
@@ -186,8 +186,7 @@ TEST_P(NativeMethods, ANameThatTheCodePageLacksIsNeverAnotherFile) {
                     "b"};
   for (const std::string& name : names) {
     const jstring path = string(name);
-    const std::string refused = kIOException + "KTBNV0178E: The name '" + name +
-                                "' has a character that the code page of this system does not have.";
+    const std::string refused = kIOException + shownMessage("KTBNV0178_NOT_IN_CODE_PAGE", name);
     EXPECT_EQ(thrown("checkFilePermissions", [&] { native::checkFilePermissions(env, path); }), refused);
     EXPECT_EQ(thrown("chmod", [&] { native::chmod(env, path, 0); }), refused);
     EXPECT_EQ(thrown("isCurrentUserMemberOfGroup",
@@ -231,7 +230,7 @@ TEST_P(NativeMethods, APendingExceptionStays) {
 TEST_P(NativeMethods, AMissingExceptionClassIsReplacedByTheGeneralOne) {
   Jvm::instance().inWorldWithout("com.kelvo.tessel.jni.FilePermissionsException", [&](JNIEnv& world) {
     native::checkFilePermissions(world, nullptr);
-    EXPECT_EQ(takeException(world), kIOException + messageText("KTBNV0167_FILEPATH_NULL"));
+    EXPECT_EQ(takeException(world), kIOException + shownMessage("KTBNV0167_FILEPATH_NULL"));
   });
 }
 
@@ -364,7 +363,7 @@ TEST_F(JavaInitialization, JavaCallsTheMethodsByTheirNames) {
   EXPECT_EQ(takeException(env), "");
   const jmethodID check = env.GetStaticMethodID(clazz, "checkFilePermissions", "(Ljava/lang/String;)V");
   env.CallStaticVoidMethod(clazz, check, static_cast<jstring>(nullptr));
-  EXPECT_EQ(takeException(env), kPermissionsException + messageText("KTBNV0167_FILEPATH_NULL"));
+  EXPECT_EQ(takeException(env), kPermissionsException + shownMessage("KTBNV0167_FILEPATH_NULL"));
   env.DeleteLocalRef(clazz);
 }
 

@@ -25,7 +25,11 @@ using test::CapturedOutput;
 using test::linesOf;
 using Texts = std::vector<std::string>;
 
-constexpr const char* kPrefix = "Event log: ";
+// What stands behind the prefix of a printed event.
+std::string behindPrefix(const std::string& line) {
+  const std::string prefix = test::shownElement("KTBNV_EVENT_LOG_PREFIX") + ' ';
+  return line.rfind(prefix, 0) == 0 ? line.substr(prefix.size()) : "no prefix: " + line;
+}
 
 LogFileProperties propertiesIn(const std::filesystem::path& folder, int limit = 1 << 20, int count = 3) {
   return {(folder / "event%g.log").string(), limit, count, true, false};
@@ -54,16 +58,17 @@ TEST(EventLogHandler, FileBeginsWithTheBannerAndAnEmptyLine) {
   properties.addApplicationProperty("b", "2");
   properties.addApplicationProperty("a", "1");
   const EventLogHandler handler(properties);
-  const std::string bytes = test::bytesOf(folder.path() / "event0.log");
-  const std::regex banner(
-      "---------------- Start of event log ----------------\r\n"
-      "Build level: \\d+\\.\\d+\\.\\d+-[0-9a-z]+\r\n"
-      "Properties:\r\n"
-      "a=1\r\n"
-      "b=2\r\n"
-      "----------------------------------------------------\r\n"
-      "\r\n");
-  EXPECT_TRUE(std::regex_match(bytes, banner)) << bytes;
+  const Texts lines = linesIn(folder.path() / "event0.log");
+  ASSERT_EQ(7U, lines.size());
+  EXPECT_EQ(test::shownElement("KTBNV_START_LOG_BANNER1"), lines[0]);
+  const std::string title = test::shownElement("KTBNV_BUILD_LEVEL", "");
+  EXPECT_EQ(title, lines[1].substr(0, title.size()));
+  EXPECT_TRUE(std::regex_match(lines[1].substr(title.size()), std::regex(R"(\d+\.\d+\.\d+-[0-9a-z]+)"))) << lines[1];
+  EXPECT_EQ(test::shownElement("KTBNV_PROPERTIES"), lines[2]);
+  EXPECT_EQ("a=1", lines[3]);
+  EXPECT_EQ("b=2", lines[4]);
+  EXPECT_EQ(test::shownElement("KTBNV_START_LOG_BANNER2"), lines[5]);
+  EXPECT_EQ("", lines[6]);
 }
 
 TEST(EventLogHandler, WritesEachEventAsALineOfFixedColumns) {
@@ -100,7 +105,7 @@ TEST(EventLogHandler, RotatedFileHasNoBanner) {
   log(handler, "two");
   EXPECT_EQ("Class1        I two", sayingOf(linesIn(folder.path() / "event0.log").at(0)));
   EXPECT_EQ("Class1        I one", sayingOf(linesIn(folder.path() / "event1.log").at(0)));
-  EXPECT_EQ("---------------- Start of event log ----------------", linesIn(folder.path() / "event2.log").at(0));
+  EXPECT_EQ(test::shownElement("KTBNV_START_LOG_BANNER1"), linesIn(folder.path() / "event2.log").at(0));
 }
 
 TEST(EventLogHandler, ContinuedFileGetsAnotherBanner) {
@@ -131,11 +136,10 @@ TEST(EventLogHandler, WithoutDirectoryTheReasonIsPrintedOnceAndEveryEventBehindT
   const Texts lines = linesOf(error.text());
   ASSERT_EQ(3U, lines.size());
   const std::string parent = NYXUtils::getParent(propertiesIn(blocked).getPattern());
-  const std::string start = test::messageText("KTBNV0126_UNABLE_TO_CREATE_EVENT_LOG", parent, "KTBNV0051E: ");
+  const std::string start = test::shownMessage("KTBNV0126_UNABLE_TO_CREATE_EVENT_LOG", parent, "KTBNV0051E: ");
   EXPECT_EQ(start, lines[0].substr(0, start.size()));
-  EXPECT_EQ(kPrefix, lines[1].substr(0, 11));
-  EXPECT_EQ("Class1        I one", sayingOf(lines[1].substr(11)));
-  EXPECT_EQ("Class1        C two", sayingOf(lines[2].substr(11)));
+  EXPECT_EQ("Class1        I one", sayingOf(behindPrefix(lines[1])));
+  EXPECT_EQ("Class1        C two", sayingOf(behindPrefix(lines[2])));
 }
 
 TEST(EventLogHandler, EscapesInAPrintedEventBecomeCharacters) {
@@ -143,7 +147,7 @@ TEST(EventLogHandler, EscapesInAPrintedEventBecomeCharacters) {
   CapturedOutput error(CapturedOutput::error);
   EventLogHandler handler(propertiesIn(folder.write("file", "") / "sub"));
   log(handler, "caf\\u00E9");
-  EXPECT_EQ("Class1        I caf\xC3\xA9", sayingOf(linesOf(error.text()).at(1).substr(11)));
+  EXPECT_EQ("Class1        I caf\xC3\xA9", sayingOf(behindPrefix(linesOf(error.text()).at(1))));
 }
 
 // A folder in the place of the oldest generation makes every rotation fail.
@@ -157,11 +161,10 @@ TEST(EventLogHandler, FailuresToWriteAreReportedOnceAndEveryEventIsPrinted) {
   const Texts lines = linesOf(error.text());
   ASSERT_EQ(3U, lines.size());
   const std::string start =
-      test::messageText("KTBNV0052_UNABLE_TO_WRITE_TO_EVENT_LOG", folder.path().string(), "KTBNV0056E: ");
+      test::shownMessage("KTBNV0052_UNABLE_TO_WRITE_TO_EVENT_LOG", folder.path().string(), "KTBNV0056E: ");
   EXPECT_EQ(start, lines[0].substr(0, start.size()));
-  EXPECT_EQ(kPrefix + std::string("["), lines[1].substr(0, 12));
-  EXPECT_EQ("Class1        I one", sayingOf(lines[1].substr(11)));
-  EXPECT_EQ("Class1        I two", sayingOf(lines[2].substr(11)));
+  EXPECT_EQ("Class1        I one", sayingOf(behindPrefix(lines[1])));
+  EXPECT_EQ("Class1        I two", sayingOf(behindPrefix(lines[2])));
 }
 
 TEST(EventLogHandler, NextEventTriesTheFileAgainAfterAFailure) {

@@ -5,15 +5,16 @@ import re
 import catalogue
 
 ACCENTED = str.maketrans("AEIOUaeiounscyz", "ÀËÎÕÜàëîõüñşçýž")
-# What stays as it is: placeholders, doubled apostrophes, and the number at the start.
-KEPT = re.compile(r"(\{\d\}|''|^KTBNV\d{4}[EWI]: )")
+# What stays as it is inside a text: placeholders and doubled apostrophes.
+KEPT = re.compile(r"(\{\d\}|'')")
+# The number of a message, and an insert at the end, which may bring several lines.
+PARTS = re.compile(r"(KTBNV\d{4}[EWI]: )?(.*?)((?: \{\d\})?)")
 
 
 def of(text):
-    parts = KEPT.split(text)
-    start = parts[1] if len(parts) > 1 and parts[0] == "" and parts[1].startswith("KTBNV") else ""
-    rest = "".join(part if KEPT.fullmatch(part) else part.translate(ACCENTED) for part in KEPT.split(text[len(start):]))
-    return f"{start}[{rest}{'·' * (len(rest) // 3)}]"
+    start, body, end = PARTS.fullmatch(text).groups("")
+    accented = "".join(part if KEPT.fullmatch(part) else part.translate(ACCENTED) for part in KEPT.split(body))
+    return f"{start}[{'·' * (len(body) // 3)}{accented}]{end}"
 
 
 def write(folder):
