@@ -138,6 +138,12 @@ int sayAndSleep(const Arguments& arguments) {
   return 0;
 }
 
+// Ends with the exit code behind both texts, if there is one.
+int say(const Arguments& arguments) {
+  if (!write(STD_OUTPUT_HANDLE, arguments.at(0)) || !write(STD_ERROR_HANDLE, arguments.at(1))) return 1;
+  return arguments.size() > 2 ? std::stoi(arguments[2]) : 0;
+}
+
 using Task = int (*)(const Arguments&);
 
 const std::map<std::string, Task>& tasks() {
@@ -153,10 +159,7 @@ const std::map<std::string, Task>& tasks() {
       {"do-crash", [](const Arguments&) { return crash(); }},
       {"do-print-directory", [](const Arguments&) { return printDirectory(); }},
       {"do-zero", [](const Arguments&) { return write(STD_OUTPUT_HANDLE, std::string("ab\0cd", 5)) ? 0 : 1; }},
-      {"do-say",
-       [](const Arguments& a) {
-         return write(STD_OUTPUT_HANDLE, a.at(0)) && write(STD_ERROR_HANDLE, a.at(1)) ? 0 : 1;
-       }},
+      {"do-say", say},
   };
   return all;
 }
