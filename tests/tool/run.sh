@@ -558,6 +558,56 @@ case_run_stops_the_program_when_interrupted() {
   exec 6<&-
 }
 
+case_run_ends_its_programs_input_when_its_own_pipe_ends() {
+  printf 'piped' | run 0 run -- "$(child)" do-echo
+  equal "output" "out: piped" "$(cat "$work/out")"
+}
+
+# The host sees the last byte only.
+case_run_passes_exit_codes_beyond_a_byte_on() {
+  local tool
+  tool=$(child | sed 's/process_child/tesselctl/' | tr / '\\')
+  timeout -k 5 60 wine cmd /c "$tool run -- $(child) do-exit 70000 & if errorlevel 70000 echo reached & if errorlevel 70001 echo exceeded" \
+    </dev/null >"$work/out" 2>"$work/err" || true
+  equal "levels" "reached" "$(tr -d ' \r' <"$work/out")"
+}
+
+case_run_waits_for_a_grandchild_that_holds_the_streams() {
+  local line= code=0 event=tesselctl-held-$$
+  mkfifo "$work/lines"
+  wine "$folder/tesselctl.exe" run -- "$(child)" do-leave do-hold "$event line" </dev/null >"$work/lines" 2>"$work/err" &
+  server=$!
+  exec 6<"$work/lines"
+  read -r -t 60 line <&6 || true
+  equal "first line" "out: grandchild" "$line"
+  timeout -k 5 60 wine "$(child)" do-set "$event" 6>&- || fail "the event"
+  wait "$server" || code=$?
+  server=
+  exec 6<&-
+  equal "exit code" 5 "$code"
+}
+
+case_run_does_not_wait_for_a_grandchild_when_interrupted() {
+  local line= code=0 event=tesselctl-left-$$
+  mkfifo "$work/lines"
+  wine "$folder/tesselctl.exe" run -- "$(child)" do-leave do-hold "$event line" </dev/null >"$work/lines" 2>"$work/err" &
+  server=$!
+  exec 6<"$work/lines"
+  read -r -t 60 line <&6 || true
+  equal "first line" "out: grandchild" "$line"
+  kill -INT "$server"
+  wait "$server" || code=$?
+  server=
+  exec 6<&-
+  timeout -k 5 60 wine "$(child)" do-set "$event" || fail "the event"
+  equal "exit code" 130 "$code"
+}
+
+case_run_stops_the_program_when_the_tee_file_is_full() {
+  run 1 run --tee Z:/dev/full -- "$(child)" do-sleep "$(printf 'x\n ')"
+  error_line "cannot write Z:/dev/full"
+}
+
 case_run_stops_the_program_when_its_output_cannot_be_written() {
   local code=0
   tesselctl run -- "$(child)" do-write out 100000000 </dev/null 2>"$work/err" | head -c 100 >"$work/out" || code=$?

@@ -103,15 +103,21 @@ int closeStreams() {
   return 3;
 }
 
-// Holds the streams until the event is set; one that floods writes all the while.
+// Holds the streams until the event is set; one that floods writes all the while. With a second argument what it says
+// is a line.
 int hold(const Arguments& arguments, bool flood) {
   const HANDLE event = CreateEventA(nullptr, TRUE, FALSE, arguments.at(0).c_str());
-  write(STD_OUTPUT_HANDLE, "grandchild");
+  write(STD_OUTPUT_HANDLE, arguments.size() > 1 ? "grandchild\n" : "grandchild");
   const std::string block(4000, 'x');
   while (WaitForSingleObject(event, flood ? 0 : INFINITE) == WAIT_TIMEOUT) {
     if (!write(STD_OUTPUT_HANDLE, block)) return 1;
   }
   return 0;
+}
+
+int setEvent(const std::string& name) {
+  const HANDLE event = OpenEventA(EVENT_MODIFY_STATE, FALSE, name.c_str());
+  return event && SetEvent(event) ? 0 : 1;
 }
 
 int leaveGrandchild(const Arguments& arguments) {
@@ -158,6 +164,7 @@ const std::map<std::string, Task>& tasks() {
       {"do-leave", leaveGrandchild},
       {"do-crash", [](const Arguments&) { return crash(); }},
       {"do-print-directory", [](const Arguments&) { return printDirectory(); }},
+      {"do-set", [](const Arguments& a) { return setEvent(a.at(0)); }},
       {"do-zero", [](const Arguments&) { return write(STD_OUTPUT_HANDLE, std::string("ab\0cd", 5)) ? 0 : 1; }},
       {"do-say", say},
   };
