@@ -144,6 +144,15 @@ int sayAndSleep(const Arguments& arguments) {
   return 0;
 }
 
+// The bytes that the digits stand for, two each.
+int writeBytes(const std::string& text) {
+  std::string bytes;
+  for (std::size_t i = 0; i + 1 < text.size(); i += 2) {
+    bytes += static_cast<char>(std::stoi(text.substr(i, 2), nullptr, 16));
+  }
+  return write(STD_OUTPUT_HANDLE, bytes) ? 0 : 1;
+}
+
 // Ends with the exit code behind both texts, if there is one.
 int say(const Arguments& arguments) {
   if (!write(STD_OUTPUT_HANDLE, arguments.at(0)) || !write(STD_ERROR_HANDLE, arguments.at(1))) return 1;
@@ -164,6 +173,7 @@ const std::map<std::string, Task>& tasks() {
       {"do-leave", leaveGrandchild},
       {"do-crash", [](const Arguments&) { return crash(); }},
       {"do-print-directory", [](const Arguments&) { return printDirectory(); }},
+      {"do-write-bytes", [](const Arguments& a) { return writeBytes(a.at(0)); }},
       {"do-set", [](const Arguments& a) { return setEvent(a.at(0)); }},
       {"do-zero", [](const Arguments&) { return write(STD_OUTPUT_HANDLE, std::string("ab\0cd", 5)) ? 0 : 1; }},
       {"do-say", say},
