@@ -462,6 +462,7 @@ case_a_queue_manager_is_connected_to_and_disconnected_from() {
   run 0 qm QM.one --root "$(queue_managers complete)"
   equal "output" "$(printf 'connect: completion code 0, reason 0\ndisconnect: completion code 0, reason 0')" "$(cat "$work/out")"
   KTB_PROD=$(queue_managers complete) run 0 qm QM.one
+  NYX_PROD=$(queue_managers complete) run 0 qm QM.one
 }
 
 case_the_exit_code_of_qm_tells_the_step_that_failed() {
@@ -471,9 +472,22 @@ case_the_exit_code_of_qm_tells_the_step_that_failed() {
   contains err "tesselctl: KTBNV0153E: "
   TESSEL_QM_CONNECT=2,2059 run 4 qm QM.one --root "$(queue_managers complete)"
   equal "output" "connect: completion code 2, reason 2059" "$(cat "$work/out")"
-  TESSEL_QM_DISCONNECT=1,7 run 5 qm QM.one --root "$(queue_managers complete)"
-  equal "last line" "disconnect: completion code 1, reason 7" "$(tail -n 1 "$work/out")"
+  TESSEL_QM_CONNECT=-1,7 run 4 qm QM.one --root "$(queue_managers complete)"
+  TESSEL_QM_DISCONNECT=2,7 run 5 qm QM.one --root "$(queue_managers complete)"
+  equal "last line" "disconnect: completion code 2, reason 7" "$(tail -n 1 "$work/out")"
   run 2 qm
+}
+
+case_qm_gives_up_a_connection_that_was_made_with_a_warning() {
+  export TESSEL_QM_LOG=Z:$work/calls
+  TESSEL_QM_CONNECT=1,2002 TESSEL_QM_DISCONNECT=1,7 run 0 qm QM.one --root "$(queue_managers complete)"
+  equal "output" "$(printf 'connect: completion code 1, reason 2002\ndisconnect: completion code 1, reason 7')" \
+    "$(cat "$work/out")"
+  equal "calls" "ZXCONN ZXDISC " "$(tr -d '\r' <"$work/calls" | cut -d ' ' -f 1 | tr '\n' ' ')"
+  rm "$work/calls"
+  TESSEL_QM_CONNECT=2,2059 run 4 qm QM.one --root "$(queue_managers complete)"
+  equal "calls" "ZXCONN " "$(tr -d '\r' <"$work/calls" | cut -d ' ' -f 1 | tr '\n' ' ')"
+  unset TESSEL_QM_LOG
 }
 
 # The program of the tests of process launching.
