@@ -153,10 +153,12 @@ TEST(ProcessReaderFaults, AReadThatCannotBeCancelledIsLeftBehind) {
   NamedEvent end(name);
   Collector output;
   {
+    const ReadHook reads;
     LaunchedProcess process(child({"do-leave", "do-hold", name, "and-sleep"}));
     process.registerOutputStreamListener(output);
     process.start();
     ASSERT_TRUE(output.waitForBytes(10));
+    while (reads.calls() < 2) SwitchToThread();
     CancelHook hook;
     hook.failAlways(kRareError);
     process.stop();

@@ -104,8 +104,8 @@ struct NYXProcessImpl::Child {
                           CreateProcessA(name.c_str(), line.data(), nullptr, nullptr, TRUE, 0, nullptr,
                                          directory.empty() ? nullptr : directory.c_str(), &startup, &information) != 0;
     const LastError failure;
-    // A failure here can only be passed over: the child may run already, and of its ends only that of its input stays
-    // open here, where a later child that inherits it does no more than keep a write to a dead child from failing.
+    // A failure here can only be passed over: the child may run already. Of its ends only that of its input then stays
+    // open here, and a later child that inherits it does no more than keep a write to a dead child from failing.
     for (const HANDLE handle : inherited) disinherit(handle);
     if (!launched) return failure;
     started(information, std::move(prepared));
