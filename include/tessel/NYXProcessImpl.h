@@ -24,10 +24,10 @@ class RasDescriptor;
 /// One thread owns the object; stop(), getExitCode() and waitForProcess() may be called by others, too, and by
 /// listeners until their reader has ended.
 ///
-/// Of this library's pipes, locks and log files the child inherits its own three pipe ends and nothing else. A file that
-/// the C++ run-time has open while a child is started is inherited, and stays open as long as the child runs: of this
-/// library's those are properties, catalogues and failure captures while they are read or written. Each registered
-/// listener leaves its thread's handle open for the life of the process.
+/// Of this library's pipes, locks and log files the child inherits its own three pipe ends and nothing else. A file
+/// that the C++ run-time has open while a child is started is inherited, and stays open as long as the child runs: of
+/// this library's those are properties, catalogues and failure captures while they are read or written. Each
+/// registered listener leaves its thread's handle open for the life of the process.
 class TESSEL_API NYXProcessImpl : public NYXProcess {
  public:
   /// A child in this process's working directory.
