@@ -23,12 +23,16 @@ class TESSEL_API NYXProcess {
 
   /// Terminates the child at once with exit code 0 and waits up to five seconds until it is gone. Its own children go
   /// on. Harmless when nothing runs. Any thread, also inside a listener.
+  ///
+  /// A child that cannot be terminated, or is not gone by then, is given up: its exit code is 259 from then on, unless
+  /// another thread waits for it.
   virtual void stop() = 0;
 
   /// Waits without limit until the child has ended, then until the readers of its output have delivered everything.
   ///
   /// A grandchild that inherited a stream keeps its reader waiting, too, unless the child was stopped: then readers
-  /// deliver what is in the pipe, and end. Inside a listener the reader that calls it is not waited for.
+  /// deliver what is in the pipe, and end. Inside a listener of this object the readers are not waited for: two
+  /// listeners would wait for each other.
   /// @return the exit code; -1 before start().
   virtual int waitForProcess() = 0;
 
@@ -51,9 +55,11 @@ class TESSEL_API NYXProcess {
   virtual unsigned long getProcessId() = 0;
 
   /// Lets a thread read the child's output and deliver it, before or after start(). A reader registered before is
-  /// stopped first: what it has read is delivered to its own listener, everything after that to the new one.
+  /// stopped first: what it has read is delivered to its own listener, everything after that to the new one. A reader
+  /// whose read cannot be cancelled for two seconds is given up: what it reads later is lost.
   ///
-  /// Inside a listener only its own stream may be given another listener; the old reader then ends after that call.
+  /// Inside a listener only its own stream may be given another listener, and only by the one that was registered last;
+  /// the old reader then ends after that call.
   /// @param listener not owned; must live until waitForProcess() has returned, it was replaced, or the object is gone.
   /// @throws NYXException KTBNV0013 when the thread cannot be made; no reader is left then.
   virtual void registerOutputStreamListener(ProcessStreamReaderListener& listener) = 0;

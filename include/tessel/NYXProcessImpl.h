@@ -21,9 +21,13 @@ class RasDescriptor;
 /// - Quotation marks and backslashes inside an argument are passed as they are, which the child may read in another
 ///   way: see quoteArgument(). An argument that begins with a quotation mark is passed unchanged.
 ///
-/// One thread owns the object; stop(), getExitCode() and waitForProcess() may be called by others, too. Of what this
-/// library opens the child inherits its own three pipe ends and nothing else. Each registered listener leaves its
-/// thread's handle open for the life of the process.
+/// One thread owns the object; stop(), getExitCode() and waitForProcess() may be called by others, too, and by
+/// listeners until their reader has ended.
+///
+/// Of this library's pipes, locks and log files the child inherits its own three pipe ends and nothing else. A file
+/// that the C++ run-time has open while a child is started is inherited, and stays open as long as the child runs: of
+/// this library's those are properties, catalogues and failure captures while they are read or written. Each
+/// registered listener leaves its thread's handle open for the life of the process.
 class TESSEL_API NYXProcessImpl : public NYXProcess {
  public:
   /// A child in this process's working directory.
@@ -34,8 +38,9 @@ class TESSEL_API NYXProcessImpl : public NYXProcess {
   /// @param workingDirectory of the child; empty for this process's.
   NYXProcessImpl(int argc, char** const argv, const std::string& workingDirectory);
 
-  /// Ends the readers and closes the pipes. Does not stop the child, which finds its input ended and its output closed.
-  /// Not to be called inside a listener: that reader's objects are then left behind.
+  /// Ends the readers and closes the pipes; waits for listeners that are being called. Does not stop the child, which
+  /// finds its input ended and its output closed. Not to be called inside a listener: that reader's objects are then
+  /// left behind.
   ~NYXProcessImpl() override;
 
   void start() override;

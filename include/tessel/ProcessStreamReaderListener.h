@@ -19,7 +19,8 @@ class TESSEL_API ProcessStreamReaderListener {
   /// threads at once.
   ///
   /// The child waits when it has filled the pipe, until this returns. An exception does not end the reader: the first
-  /// one of each reader is captured, and reading goes on.
+  /// one of each stream is captured, and reading goes on. A zero-byte write of the child ends the reader, as the
+  /// end of the stream does: nothing is delivered after it.
   /// @param data at most 65,535 bytes, of which those from the first zero byte on are left out. Not cut into lines.
   virtual void processOutput(const std::string& data) = 0;
 };

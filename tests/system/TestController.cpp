@@ -13,6 +13,7 @@
 
 #include "support/Files.h"
 #include "support/LaunchedProcess.h"
+#include "support/NamedEvent.h"
 #include "support/TempFolder.h"
 
 namespace tessel::test {
@@ -26,11 +27,18 @@ const std::string kProgram = std::filesystem::path(kChildProgram).make_preferred
 constexpr int kRunsAlready = 3;
 constexpr int kGaveUp = 4;
 
+Texts controllerWords(const TempFolder& folder, const std::string& settings, const Texts& program) {
+  Texts words{TESSEL_CONTROLLER, folder.write("controller.properties", settings).string(),
+              (folder.path() / "work").string()};
+  words.insert(words.end(), program.begin(), program.end());
+  for (std::size_t i = 1; i < words.size(); ++i) words[i] = NYXProcess::quoteArgument(words[i]);
+  return words;
+}
+
 class ControllerProcess {
  public:
-  ControllerProcess(const TempFolder& folder, const std::string& settings, std::vector<std::string> program)
-      : folder_((folder.path() / "work").string()),
-        process_(words(folder.write("controller.properties", settings).string(), folder_, std::move(program))) {
+  ControllerProcess(const TempFolder& folder, const std::string& settings, const Texts& program)
+      : folder_((folder.path() / "work").string()), process_(controllerWords(folder, settings, program)) {
     process_.registerOutputStreamListener(output_);
     process_.registerErrorStreamListener(errors_);
     process_.start();
@@ -55,6 +63,13 @@ class ControllerProcess {
     return process_.waitForProcess();
   }
   int exitCode() { return process_.waitForProcess(); }
+  // Does not wait for whoever holds its streams.
+  int exitCodeBeforeEndOfOutput() {
+    int code = 0;
+    while ((code = process_.getExitCode()) == 259) SwitchToThread();
+    return code;
+  }
+  unsigned long number() { return process_.getProcessId(); }
   std::string errors() const { return errors_.data(); }
   const std::string& folder() const { return folder_; }
 
@@ -92,13 +107,6 @@ class ControllerProcess {
       if (event.starts_with(started)) numbers.push_back(std::stoul(event.substr(started.size())));
     }
     return numbers;
-  }
-
-  static Texts words(const std::string& properties, const std::string& folder, Texts program) {
-    Texts words{TESSEL_CONTROLLER, properties, folder};
-    words.insert(words.end(), program.begin(), program.end());
-    for (std::size_t i = 1; i < words.size(); ++i) words[i] = NYXProcess::quoteArgument(words[i]);
-    return words;
   }
 
   std::string folder_;
@@ -171,7 +179,7 @@ TEST(ControllerExample, AStopEndsTheProgramAndGivesLockAndNumberUp) {
   const TempFolder folder;
   ControllerProcess controller(folder, "", child({"do-sleep"}));
   ASSERT_TRUE(controller.waitForStart(1));
-  EXPECT_NE(bytesOf(controller.folder() + "/controller.pid"), "");
+  EXPECT_EQ(windowsLines(bytesOf(controller.folder() + "/controller.pid")), Texts{std::to_string(controller.number())});
   EXPECT_EQ(controller.endInput(), 0);
   EXPECT_EQ(controller.anonymousEvents(), (Texts{kStarted, "I Stopped process #", kEnds}));
   EXPECT_FALSE(std::filesystem::exists(controller.folder() + "/controller.pid"));
@@ -211,6 +219,51 @@ TEST(ControllerExample, AProgramThatCannotBeStartedCountsAsOneThatEnded) {
   EXPECT_EQ(events[1], "I Restart 1 of 1 in 120 seconds");
   EXPECT_EQ(events[2], events[0]);
   EXPECT_EQ(events[3], "E There were 1 in 120 seconds: giving up");
+}
+
+TEST(ControllerExample, AProgramThatCannotBeFoundCountsAsOneThatEnded) {
+  const TempFolder folder;
+  ControllerProcess controller(folder, "maxRestartCount=1\n", {"no-such-program"});
+  EXPECT_EQ(controller.exitCode(), kGaveUp);
+  const std::string missing = "E cannot find the program no-such-program";
+  EXPECT_EQ(controller.events(), (Texts{missing, "I Restart 1 of 1 in 120 seconds", missing,
+                                        "E There were 1 in 120 seconds: giving up", kEnds}));
+}
+
+// Which holds those of the controller as well: they were inherited, and are passed on.
+TEST(ControllerExample, AProgramIsRestartedThoughAGrandchildHoldsItsStreams) {
+  const TempFolder folder;
+  const std::string held = "tessel-controller-" + std::to_string(GetCurrentProcessId());
+  NamedEvent end(held);
+  ControllerProcess controller(folder, "maxRestartCount=1\n", child({"do-leave", "do-hold", held}));
+  EXPECT_EQ(controller.exitCodeBeforeEndOfOutput(), kGaveUp);
+  end.set();
+  const std::string left = "W Process # has ended with exit code 5";
+  EXPECT_EQ(controller.anonymousEvents(), (Texts{kStarted, left, "I Restart 1 of 1 in 120 seconds", kStarted, left,
+                                                 "E There were 1 in 120 seconds: giving up", kEnds}));
+}
+
+// A listener would not see them all, so the handle is read.
+TEST(ControllerExample, EveryByteOfTheProgramIsPassedOn) {
+  const TempFolder folder;
+  LaunchedProcess controller(controllerWords(folder, "", child({"do-write-bytes", "6100620a0d0aff1a00"})));
+  controller.start();
+  std::string bytes(100, ' ');
+  DWORD length = 0;
+  std::size_t size = 0;
+  while (ReadFile(controller.getOutputStream(), bytes.data() + size, static_cast<DWORD>(bytes.size() - size), &length,
+                  nullptr)) {
+    size += length;
+  }
+  EXPECT_EQ(bytes.substr(0, size), std::string("a\0b\n\r\n\xff\x1a\0", 9));
+  EXPECT_EQ(controller.waitForProcess(), 0);
+}
+
+TEST(ControllerExample, AFileOfMoreMegabytesThanItsLimitCanSayIsALargeOne) {
+  const TempFolder folder;
+  ControllerProcess controller(folder, "outputLogSize=2048\ntraceSize=4096\n", child({"do-exit", "0"}));
+  EXPECT_EQ(controller.exitCode(), 0);
+  EXPECT_EQ(controller.anonymousEvents(), (Texts{kStarted, "I Process # has ended with exit code 0", kEnds}));
 }
 
 TEST(ControllerExample, ArgumentsReachTheProgramUnchanged) {

@@ -55,6 +55,30 @@ TEST(ProcessLoad, FiveHundredLaunchesLeaveTheHandlesOfTheirReadersAndNothingElse
   EXPECT_EQ(handles.growth(), kLaunches);
 }
 
+// The run-time's events are as many as the locks for which threads have waited, however often they did.
+TEST(ProcessLoad, FiveHundredLaunchesWithBothStreamsLeaveNoThread) {
+  constexpr int kLaunches = 500;
+  constexpr int kLocksOfTheRunTime = 32;
+  setTestLimit(std::chrono::seconds(300));
+  const HandleBaseline handles;
+  const long threads = openThreads();
+  for (int i = 0; i < kLaunches; ++i) {
+    LaunchedProcess process(child({"do-say", "to output", "to error"}));
+    AlphabetCounter output;
+    AlphabetCounter error;
+    process.registerOutputStreamListener(output);
+    process.registerErrorStreamListener(error);
+    process.start();
+    ASSERT_EQ(process.waitForProcess(), 0);
+    ASSERT_EQ(output.bytes(), 9U);
+    ASSERT_EQ(error.bytes(), 8U);
+    process.stop();
+  }
+  EXPECT_EQ(openThreads(), threads);
+  EXPECT_GE(handles.growth(), 2 * kLaunches);
+  EXPECT_LT(handles.growth(), 2 * kLaunches + kLocksOfTheRunTime);
+}
+
 // A child that inherited the other's ends would keep the other's output from ending.
 TEST(ProcessInheritance, TheOutputOfAChildEndsWithItWhateverElseWasStarted) {
   for (const bool longLivedFirst : {true, false}) {

@@ -462,6 +462,7 @@ case_a_queue_manager_is_connected_to_and_disconnected_from() {
   run 0 qm QM.one --root "$(queue_managers complete)"
   equal "output" "$(printf 'connect: completion code 0, reason 0\ndisconnect: completion code 0, reason 0')" "$(cat "$work/out")"
   KTB_PROD=$(queue_managers complete) run 0 qm QM.one
+  NYX_PROD=$(queue_managers complete) run 0 qm QM.one
 }
 
 case_the_exit_code_of_qm_tells_the_step_that_failed() {
@@ -471,9 +472,22 @@ case_the_exit_code_of_qm_tells_the_step_that_failed() {
   contains err "tesselctl: KTBNV0153E: "
   TESSEL_QM_CONNECT=2,2059 run 4 qm QM.one --root "$(queue_managers complete)"
   equal "output" "connect: completion code 2, reason 2059" "$(cat "$work/out")"
-  TESSEL_QM_DISCONNECT=1,7 run 5 qm QM.one --root "$(queue_managers complete)"
-  equal "last line" "disconnect: completion code 1, reason 7" "$(tail -n 1 "$work/out")"
+  TESSEL_QM_CONNECT=-1,7 run 4 qm QM.one --root "$(queue_managers complete)"
+  TESSEL_QM_DISCONNECT=2,7 run 5 qm QM.one --root "$(queue_managers complete)"
+  equal "last line" "disconnect: completion code 2, reason 7" "$(tail -n 1 "$work/out")"
   run 2 qm
+}
+
+case_qm_gives_up_a_connection_that_was_made_with_a_warning() {
+  export TESSEL_QM_LOG=Z:$work/calls
+  TESSEL_QM_CONNECT=1,2002 TESSEL_QM_DISCONNECT=1,7 run 0 qm QM.one --root "$(queue_managers complete)"
+  equal "output" "$(printf 'connect: completion code 1, reason 2002\ndisconnect: completion code 1, reason 7')" \
+    "$(cat "$work/out")"
+  equal "calls" "ZXCONN ZXDISC " "$(tr -d '\r' <"$work/calls" | cut -d ' ' -f 1 | tr '\n' ' ')"
+  rm "$work/calls"
+  TESSEL_QM_CONNECT=2,2059 run 4 qm QM.one --root "$(queue_managers complete)"
+  equal "calls" "ZXCONN " "$(tr -d '\r' <"$work/calls" | cut -d ' ' -f 1 | tr '\n' ' ')"
+  unset TESSEL_QM_LOG
 }
 
 # The program of the tests of process launching.
@@ -556,6 +570,56 @@ case_run_stops_the_program_when_interrupted() {
   equal "exit code" 130 "$code"
   equal "last line" "out:  " "$(cat <&6)"
   exec 6<&-
+}
+
+case_run_ends_its_programs_input_when_its_own_pipe_ends() {
+  printf 'piped' | run 0 run -- "$(child)" do-echo
+  equal "output" "out: piped" "$(cat "$work/out")"
+}
+
+# The host sees the last byte only.
+case_run_passes_exit_codes_beyond_a_byte_on() {
+  local tool
+  tool=$(child | sed 's/process_child/tesselctl/' | tr / '\\')
+  timeout -k 5 60 wine cmd /c "$tool run -- $(child) do-exit 70000 & if errorlevel 70000 echo reached & if errorlevel 70001 echo exceeded" \
+    </dev/null >"$work/out" 2>"$work/err" || true
+  equal "levels" "reached" "$(tr -d ' \r' <"$work/out")"
+}
+
+case_run_waits_for_a_grandchild_that_holds_the_streams() {
+  local line= code=0 event=tesselctl-held-$$
+  mkfifo "$work/lines"
+  wine "$folder/tesselctl.exe" run -- "$(child)" do-leave do-hold "$event line" </dev/null >"$work/lines" 2>"$work/err" &
+  server=$!
+  exec 6<"$work/lines"
+  read -r -t 60 line <&6 || true
+  equal "first line" "out: grandchild" "$line"
+  timeout -k 5 60 wine "$(child)" do-set "$event" 6>&- || fail "the event"
+  wait "$server" || code=$?
+  server=
+  exec 6<&-
+  equal "exit code" 5 "$code"
+}
+
+case_run_does_not_wait_for_a_grandchild_when_interrupted() {
+  local line= code=0 event=tesselctl-left-$$
+  mkfifo "$work/lines"
+  wine "$folder/tesselctl.exe" run -- "$(child)" do-leave do-hold "$event line" </dev/null >"$work/lines" 2>"$work/err" &
+  server=$!
+  exec 6<"$work/lines"
+  read -r -t 60 line <&6 || true
+  equal "first line" "out: grandchild" "$line"
+  kill -INT "$server"
+  wait "$server" || code=$?
+  server=
+  exec 6<&-
+  timeout -k 5 60 wine "$(child)" do-set "$event" || fail "the event"
+  equal "exit code" 130 "$code"
+}
+
+case_run_stops_the_program_when_the_tee_file_is_full() {
+  run 1 run --tee Z:/dev/full -- "$(child)" do-sleep "$(printf 'x\n ')"
+  error_line "cannot write Z:/dev/full"
 }
 
 case_run_stops_the_program_when_its_output_cannot_be_written() {

@@ -52,7 +52,7 @@ bool writeTo(NYXProcess& process, const std::string& text) {
 }
 
 TEST(Process, TheExitCodeIsThatOfTheChild) {
-  for (const int code : {0, 1, 7, 255, 259, -1}) {
+  for (const int code : {0, 1, 7, 255, 256, 259, 70000, -1}) {
     LaunchedProcess process(child({"do-exit", std::to_string(static_cast<unsigned>(code))}));
     process.start();
     EXPECT_EQ(process.waitForProcess(), code);

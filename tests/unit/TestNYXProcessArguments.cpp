@@ -1,11 +1,17 @@
 // What a child gets of the arguments: every byte of its command line, and how the C run-time takes it apart.
+#include <windows.h>
+
 #include <gtest/gtest.h>
 
 #include <array>
 #include <optional>
 #include <sstream>
 
+#include <tessel/NYXException.h>
+#include <tessel/NYXUtils.h>
+
 #include "support/LaunchedProcess.h"
+#include "support/Thrown.h"
 
 namespace tessel::test {
 namespace {
@@ -159,6 +165,63 @@ TEST(ProcessArgumentTable, ACommandLineOf32000CharactersIsPassedWhole) {
   const Received child = receivedBy({long_});
   EXPECT_EQ(child.commandLine.size(), 32000U);
   EXPECT_EQ(child.arguments, Words{long_});
+}
+
+// The system counts the zero byte behind the line, too.
+constexpr std::size_t kLongestLine = 32766;
+
+TEST(ProcessArgumentTable, TheLongestCommandLineIsPassedWhole) {
+  const std::string rest(kLongestLine - kQuotedProgram.size() - 3, 'x');
+  const Received child = receivedBy({rest});
+  EXPECT_EQ(child.commandLine.size(), kLongestLine);
+  EXPECT_EQ(child.arguments, Words{rest});
+}
+
+// Not every system refuses it: what this one does to the same line is what is reported.
+TEST(ProcessArgumentTable, OneCharacterMoreIsAnsweredByTheSystem) {
+  const std::string rest(kLongestLine + 1 - kQuotedProgram.size() - 3, 'x');
+  std::string line = kQuotedProgram + " \"" + rest + '"';
+  STARTUPINFOA start{};
+  start.cb = sizeof start;
+  PROCESS_INFORMATION bare{};
+  const BOOL launched = CreateProcessA(kChildProgram.c_str(), std::string(line).data(), nullptr, nullptr, FALSE,
+                                       CREATE_SUSPENDED, nullptr, nullptr, &start, &bare);
+  const DWORD error = launched ? NO_ERROR : GetLastError();
+  if (launched) {
+    TerminateProcess(bare.hProcess, 0);
+    CloseHandle(bare.hThread);
+    CloseHandle(bare.hProcess);
+    EXPECT_EQ(receivedBy({rest}).commandLine, line);
+    return;
+  }
+  const std::string text = (SetLastError(error), NYXUtils::getLastErrorMessage());
+  LaunchedProcess process(child({rest}));
+  EXPECT_EQ(thrownBy<NYXException>([&] { process.start(); }),
+            messageText("KTBNV0007_UNABLE_TO_CREATE_PROCESS", line, std::to_string(error), text));
+}
+
+// By way of the system's own characters and back.
+std::string throughTheCodePage(const std::string& bytes) {
+  std::array<wchar_t, 256> wide{};
+  std::array<char, 256> back{};
+  const int length = MultiByteToWideChar(CP_ACP, 0, bytes.data(), static_cast<int>(bytes.size()), wide.data(), 256);
+  const int size = WideCharToMultiByte(CP_ACP, 0, wide.data(), length, back.data(), 256, nullptr, nullptr);
+  return {back.data(), static_cast<std::size_t>(size)};
+}
+
+// All of those that the code page of the system has a character for; where one takes several bytes, a few of them.
+TEST(ProcessArgumentTable, BytesBeyondAsciiArriveAsTheyAre) {
+  std::string bytes;
+  for (int c = 128; c < 256; ++c) {
+    const std::string byte(1, static_cast<char>(c));
+    if (throughTheCodePage(byte) == byte) bytes += byte;
+  }
+  if (GetACP() == CP_UTF8) bytes = "\xc3\xa4\xe2\x82\xac\xf0\x9f\x98\x80";
+  ASSERT_EQ(throughTheCodePage(bytes), bytes);
+  EXPECT_GE(bytes.size(), 9U);
+  const Received child = receivedBy({"first", bytes});
+  EXPECT_EQ(child.commandLine, kQuotedProgram + " \"first\" \"" + bytes + '"');
+  EXPECT_EQ(child.arguments, (Words{"first", bytes}));
 }
 
 // What the helper quotes comes back unchanged, even where the process object itself would lose it.

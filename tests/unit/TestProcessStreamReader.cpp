@@ -4,6 +4,7 @@
 #include <gtest/gtest.h>
 
 #include <array>
+#include <atomic>
 #include <memory>
 #include <stdexcept>
 #include <string>
@@ -167,6 +168,26 @@ TEST(ProcessStreamReaders, AListenerThatThrowsIsCapturedOnceAndStillCalled) {
     EXPECT_EQ(captures.values("Probe:").size(), 1U);
     EXPECT_EQ(captures.values("Method:"), std::vector<std::string>{"processOutput"});
   }
+}
+
+TEST(ProcessStreamReaders, AListenerThatThrowsIsCapturedOnceHoweverOftenItIsRegistered) {
+  const Captures captures;
+  LaunchedProcess process(child({"do-echo"}));
+  std::atomic<std::size_t> bytes{0};
+  Callback throwing([&](const std::string& data) {
+    bytes += data.size();
+    throw NYXException("no");
+  });
+  process.start();
+  for (std::size_t round = 1; round <= 3; ++round) {
+    process.registerOutputStreamListener(throwing);
+    DWORD written = 0;
+    WriteFile(process.getInputStream(), "x", 1, &written, nullptr);
+    while (bytes < round) SwitchToThread();
+  }
+  process.closeInputStream();
+  EXPECT_EQ(process.waitForProcess(), 0);
+  EXPECT_EQ(captures.values("Probe:").size(), 1U);
 }
 
 TEST(ProcessStreamReaders, WhateverAListenerThrowsDoesNotEndTheReader) {

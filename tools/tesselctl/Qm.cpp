@@ -24,12 +24,15 @@ struct Options {
   std::string root;
 };
 
-// What the middleware answered; 0 is success, whatever the reason says.
+// What the middleware answered. A step that was done with a warning was done: a connection exists and must be given up.
 struct Codes {
-  long completion = 0;
+  static constexpr long kSuccess = 0;
+  static constexpr long kWarning = 1;
+
+  long completion = kSuccess;
   long reason = 0;
 
-  bool failed() const { return completion != 0; }
+  bool failed() const { return completion != kSuccess && completion != kWarning; }
   void print(const std::string& step) const {
     printLine(step + ": completion code " + std::to_string(completion) + ", reason " + std::to_string(reason));
   }
@@ -61,13 +64,15 @@ void addQm(CLI::App& app, Command& chosen) {
       app.add_subcommand("qm", "Connect to a queue manager and disconnect again, to see whether it can be reached.");
   const auto options = std::make_shared<Options>();
   command->add_option("NAME", options->name, "The queue manager")->required();
-  command->add_option(
-      "--root", options->root,
-      "The product root beside which the messaging client is installed, in bin64; KTB_PROD unless given");
+  command->add_option("--root", options->root,
+                      "The product root beside which the messaging client is installed, in bin64; unless given "
+                      "KTB_PROD, else NYX_PROD,\n"
+                      "else the product that this tool lies in");
   command->footer(
       "Prints the completion code and the reason of both steps as the messaging client answers them. Exit codes: 0\n"
-      "both steps succeeded, 2 wrong usage, 3 the client library cannot be loaded, 4 not connected, 5 not "
-      "disconnected.");
+      "both steps done, maybe with a warning (completion code 1), 2 wrong usage, 3 the client library cannot be "
+      "loaded,\n"
+      "4 not connected, 5 not disconnected.");
   command->callback([options, &chosen] { chosen = [options] { return run(*options); }; });
 }
 

@@ -8,6 +8,7 @@
 #include <iterator>
 #include <memory>
 #include <mutex>
+#include <optional>
 #include <stdexcept>
 #include <string>
 #include <string_view>
@@ -93,6 +94,16 @@ class LineCutter {
   std::string begun_;
 };
 
+// How many bytes were read; nothing at the end. A pipe also answers a write of no bytes with none: it has ended only if
+// it says so.
+template <std::size_t size>
+std::optional<DWORD> readSome(HANDLE stream, std::array<char, size>& block) {
+  DWORD length = 0;
+  if (!ReadFile(stream, block.data(), static_cast<DWORD>(size), &length, nullptr)) return std::nullopt;
+  const bool ended = length == 0 && !PeekNamedPipe(stream, nullptr, 0, nullptr, nullptr, nullptr);
+  return ended ? std::nullopt : std::optional(length);
+}
+
 // A child whose streams are those of this process. Never deleted: the thread that waits for the input, and one that
 // reads what a grandchild writes, may still be there when the process ends.
 class Session : public tessel::ProcessSignalActionHandler {
@@ -101,15 +112,15 @@ class Session : public tessel::ProcessSignalActionHandler {
       : process_(argc, argv, options.directory), lines_(options.tee) {}
 
   int run() {
-    process_.start();
     tessel::NYXUtils::handleSignals(this);
-    std::thread([this] { read(process_.getOutputStream(), "out: "); }).detach();
-    std::thread([this] { read(process_.getErrorStream(), "err: "); }).detach();
-    std::thread([this] { forwardInput(); }).detach();
-    const int code = process_.waitForProcess();
-    const std::string failure = waitForReaders();
-    if (!failure.empty()) throw std::runtime_error(failure);
-    return interrupted_ ? kInterrupted : code;
+    process_.start();
+    if (interrupted_) stop();  // the interrupt may have found nothing to stop
+    try {
+      return waitForEnd();
+    } catch (...) {
+      process_.stop();
+      throw;
+    }
   }
 
   void action(int signal) override {
@@ -119,6 +130,16 @@ class Session : public tessel::ProcessSignalActionHandler {
   }
 
  private:
+  int waitForEnd() {
+    std::thread([this] { read(process_.getOutputStream(), "out: "); }).detach();
+    std::thread([this] { read(process_.getErrorStream(), "err: "); }).detach();
+    std::thread([this] { forwardInput(); }).detach();
+    const int code = process_.waitForProcess();
+    const std::string failure = waitForReaders();
+    if (!failure.empty()) throw std::runtime_error(failure);
+    return interrupted_ ? kInterrupted : code;
+  }
+
   void stop() {
     process_.stop();
     const std::lock_guard guard(mutex_);
@@ -132,10 +153,7 @@ class Session : public tessel::ProcessSignalActionHandler {
     LineCutter cutter(prefix);
     std::string failure;
     try {
-      DWORD length = 0;
-      while (ReadFile(stream, block.data(), static_cast<DWORD>(block.size()), &length, nullptr) && length > 0) {
-        lines_.write(cutter.add({block.data(), length}));
-      }
+      while (const auto length = readSome(stream, block)) lines_.write(cutter.add({block.data(), *length}));
       lines_.write(cutter.rest());
     } catch (const std::exception& exception) {
       failure = exception.what();
@@ -159,9 +177,8 @@ class Session : public tessel::ProcessSignalActionHandler {
   void forwardInput() {
     std::array<char, 4096> block{};
     const HANDLE input = GetStdHandle(STD_INPUT_HANDLE);
-    DWORD length = 0;
-    while (ReadFile(input, block.data(), static_cast<DWORD>(block.size()), &length, nullptr) && length > 0) {
-      if (!write({block.data(), length})) return;  // the child has ended
+    while (const auto length = readSome(input, block)) {
+      if (!write({block.data(), *length})) return;  // the child has ended
     }
     process_.closeInputStream();
   }

@@ -1,7 +1,9 @@
 #include "Controller.h"
 
-#include <iostream>
+#include <exception>
 #include <utility>
+
+#include "Program.h"
 
 namespace controller {
 
@@ -12,22 +14,15 @@ const tessel::RasDescriptor Controller::rd("Controller");
 
 namespace {
 
-// Lets the program write where this one does.
-class Output : public tessel::ProcessStreamReaderListener {
- public:
-  explicit Output(std::ostream& stream) : stream_(stream) {}
-  void processOutput(const std::string& data) override { stream_ << data << std::flush; }
-
- private:
-  std::ostream& stream_;
-};
+// How long the last output is waited for, which children of the program may hold open.
+constexpr std::chrono::seconds kDrainLimit{2};
 
 std::string text(std::chrono::seconds time) { return std::to_string(time.count()) + " seconds"; }
 
 }  // namespace
 
-Controller::Controller(Program program, const tessel::NativeProperties& properties)
-    : program_(std::move(program)),
+Controller::Controller(std::vector<std::string> command, const tessel::NativeProperties& properties)
+    : command_(std::move(command)),
       count_(properties.getPropertyAsInteger(NYXPropConstant::getInstance().maxRestartCount)),
       interval_(properties.getPropertyAsInteger(NYXPropConstant::getInstance().maxRestartInterval)),
       delay_(properties.getPropertyAsInteger(NYXPropConstant::getInstance().maxRestartDelay)),
@@ -36,38 +31,29 @@ Controller::Controller(Program program, const tessel::NativeProperties& properti
 bool Controller::run() {
   bool ended = true;
   while (ended && runProgram()) ended = waitBeforeRestart() || wasStopped();
+  forward_.waitForEnd(kDrainLimit);
   EventLog::infoNoFormat(rd, "The controller ends");
   return ended;
 }
 
-// Returns whether the program is to be started again.
+// Returns whether the program is to be started again: one that cannot be started counts as one that has ended.
 bool Controller::runProgram() {
-  Output output(std::cout);
-  Output error(std::cerr);
-  tessel::NYXProcessImpl process(program_.count(), program_.words().data());
-  process.registerOutputStreamListener(output);
-  process.registerErrorStreamListener(error);
-  {
-    const std::lock_guard guard(mutex_);
-    if (stopped_) return false;
-    try {
-      process.start();
-    } catch (const tessel::NYXException& exception) {
-      EventLog::errorNoFormat(rd, exception.getMessage());
-      return true;
-    }
-    process_ = &process;
+  try {
+    if (!startProgram()) return false;
+  } catch (const tessel::NYXException& exception) {
+    EventLog::errorNoFormat(rd, exception.getMessage());
+    return true;
+  } catch (const std::exception& exception) {
+    EventLog::errorNoFormat(rd, exception.what());
+    return true;
   }
-  const std::string number = std::to_string(process.getProcessId());
-  EventLog::infoNoFormat(rd, "Started " + program_.name() + " as process " + number);
-  const int code = process.waitForProcess();
-  {
-    const std::lock_guard guard(mutex_);
-    process_ = nullptr;
-    if (stopped_) {
-      EventLog::infoNoFormat(rd, "Stopped process " + number);
-      return false;
-    }
+  const std::string number = std::to_string(process_->getProcessId());
+  const int code = process_->waitForProcess();
+  const std::lock_guard guard(mutex_);
+  process_.reset();
+  if (stopped_) {
+    EventLog::infoNoFormat(rd, "Stopped process " + number);
+    return false;
   }
   const std::string ending = "Process " + number + " has ended with exit code " + std::to_string(code);
   if (code == 0) {
@@ -75,6 +61,24 @@ bool Controller::runProgram() {
     return false;
   }
   EventLog::warningNoFormat(rd, ending);
+  return true;
+}
+
+// Returns false after stop().
+bool Controller::startProgram() {
+  Program program(command_);
+  const auto process = std::make_shared<tessel::NYXProcessImpl>(program.count(), program.words().data());
+  const std::lock_guard guard(mutex_);
+  if (stopped_) return false;
+  process->start();
+  try {
+    forward_.start(process);
+  } catch (...) {
+    process->stop();
+    throw;
+  }
+  process_ = process;
+  EventLog::infoNoFormat(rd, "Started " + program.name() + " as process " + std::to_string(process->getProcessId()));
   return true;
 }
 

@@ -2,12 +2,14 @@
 #pragma once
 
 #include <condition_variable>
+#include <memory>
 #include <mutex>
 #include <string>
+#include <vector>
 
 #include <tessel/tessel.h>
 
-#include "Program.h"
+#include "Forward.h"
 #include "RestartPolicy.h"
 
 namespace controller {
@@ -15,7 +17,7 @@ namespace controller {
 class Controller : public tessel::ProcessSignalActionHandler {
  public:
   // The settings are maxRestartCount, maxRestartInterval and maxRestartDelay.
-  Controller(Program program, const tessel::NativeProperties& properties);
+  Controller(std::vector<std::string> command, const tessel::NativeProperties& properties);
 
   // Runs the program, again and again. Returns false when it was to be restarted too often, true after stop() and
   // when the program has ended with exit code 0.
@@ -29,20 +31,22 @@ class Controller : public tessel::ProcessSignalActionHandler {
 
  private:
   bool runProgram();
+  bool startProgram();
   bool waitBeforeRestart();
   bool wasStopped();
 
   static const tessel::RasDescriptor rd;
 
-  Program program_;
+  const std::vector<std::string> command_;
   const int count_;
   const std::chrono::seconds interval_;
   const std::chrono::seconds delay_;
   RestartPolicy policy_;
+  Forward forward_;
   std::mutex mutex_;
   std::condition_variable stopping_;
-  bool stopped_ = false;                   // guarded by mutex_
-  tessel::NYXProcess* process_ = nullptr;  // guarded by mutex_; null while none runs
+  bool stopped_ = false;                         // guarded by mutex_
+  std::shared_ptr<tessel::NYXProcess> process_;  // guarded by mutex_; null while none runs
 };
 
 }  // namespace controller

@@ -5,7 +5,10 @@
 // usage: controller PROPERTIES FOLDER PROGRAM [ARGUMENT...]
 #include <windows.h>
 
+#include <algorithm>
+#include <cstdint>
 #include <iostream>
+#include <limits>
 #include <memory>
 #include <stdexcept>
 #include <string>
@@ -30,18 +33,31 @@ void waitForEndOfInput() {
   while (ReadFile(GetStdHandle(STD_INPUT_HANDLE), &ignored, 1, &length, nullptr) && length > 0) continue;
 }
 
-void startDiagnostics(const std::string& folder, const tessel::NativeProperties& properties) {
-  const tessel::NYXPropConstant& keys = tessel::NYXPropConstant::getInstance();
-  constexpr int kMegabyte = 1024 * 1024;
-  const auto file = [&](const char* name, const auto& size, const auto& generations) {
-    return tessel::LogFileProperties(folder + name, properties.getPropertyAsInteger(size) * kMegabyte,
-                                     properties.getPropertyAsInteger(generations), true, false);
-  };
-  tessel::NYXEnvironment::setProperty("com.kelvo.tessel.native.logdir", folder);
-  tessel::RAS::initialize(tessel::RASEnvironment::DAEMON, file("/event%g.log", keys.outputLogSize, keys.outputLogFiles),
-                          file("/trace%g.log", keys.traceSize, keys.traceFiles), "");
-  if (properties.contains(keys.trace)) tessel::RAS::setLevel(properties.getPropertyAsString(keys.trace));
+// A file cannot be larger than its limit can say.
+int bytes(int megabytes) {
+  constexpr std::int64_t kMegabyte = 1024 * 1024;
+  return static_cast<int>(std::min<std::int64_t>(megabytes * kMegabyte, std::numeric_limits<int>::max()));
 }
+
+// The event log and the trace, which are complete when the object is gone.
+class Diagnostics {
+ public:
+  Diagnostics(const std::string& folder, const tessel::NativeProperties& properties) {
+    const tessel::NYXPropConstant& keys = tessel::NYXPropConstant::getInstance();
+    const auto file = [&](const char* name, const auto& size, const auto& generations) {
+      return tessel::LogFileProperties(folder + name, bytes(properties.getPropertyAsInteger(size)),
+                                       properties.getPropertyAsInteger(generations), true, false);
+    };
+    tessel::NYXEnvironment::setProperty("com.kelvo.tessel.native.logdir", folder);
+    tessel::RAS::initialize(tessel::RASEnvironment::DAEMON,
+                            file("/event%g.log", keys.outputLogSize, keys.outputLogFiles),
+                            file("/trace%g.log", keys.traceSize, keys.traceFiles), "");
+    if (properties.contains(keys.trace)) tessel::RAS::setLevel(properties.getPropertyAsString(keys.trace));
+  }
+  ~Diagnostics() { tessel::RAS::shutdown(); }
+  Diagnostics(const Diagnostics&) = delete;
+  Diagnostics& operator=(const Diagnostics&) = delete;
+};
 
 int control(const std::string& propertiesFile, const std::string& folder, const std::vector<std::string>& command) {
   tessel::NYXUtils::mkdirs(folder, false);
@@ -53,9 +69,9 @@ int control(const std::string& propertiesFile, const std::string& folder, const 
     std::cerr << "controller: another one works in " << folder << '\n';
     return kRunsAlready;
   }
-  startDiagnostics(folder, properties);
+  const Diagnostics diagnostics(folder, properties);
   // Never deleted: an interrupt, or the thread that waits for the end of the input, may still come.
-  auto& controller = *new controller::Controller(controller::Program(command), properties);
+  auto& controller = *new controller::Controller(command, properties);
   tessel::NYXUtils::handleSignals(&controller);
   std::thread([&controller] {
     waitForEndOfInput();
@@ -63,7 +79,6 @@ int control(const std::string& propertiesFile, const std::string& folder, const 
   }).detach();
   const bool ended = controller.run();
   tessel::NYXUtils::handleSignals(nullptr);
-  tessel::RAS::shutdown();
   return ended ? 0 : kGaveUp;
 }
 

@@ -2,17 +2,13 @@
 
 #include <algorithm>
 
-#include <tessel/NYXException.h>
-#include <tessel/NYXThreadImpl.h>
 #include <tessel/NYXThreadSyncImpl.h>
-#include <tessel/ProcessStreamReaderImpl.h>
 #include <tessel/Synchronize.h>
 
 namespace tessel::internal {
 namespace {
 
-constexpr unsigned long kLook = 10;    // milliseconds
-constexpr int kLooksForACancel = 200;  // a read that so many do not end is given up
+constexpr unsigned long kLook = 10;  // milliseconds
 
 }  // namespace
 
@@ -21,48 +17,12 @@ NYXThreadSync* processState() {
   return sync;
 }
 
-struct ProcessStream::Reader {
-  Reader(HANDLE handle, ProcessStreamReaderListener& listener) : work(handle, listener), thread(&work) {}
-
-  // Both return whether the thread has ended; not knowing counts as no.
-  bool hasEnded() noexcept { return endsWithin(0); }
-  bool endsWithin(unsigned long milliseconds) noexcept {
-    try {
-      return thread.joinFor(milliseconds);
-    } catch (const NYXException&) {
-      failed = true;
-      return false;
-    }
-  }
-
-  // After the work was asked to end. Waits for the listener as long as it takes, but not for a read.
-  void join() noexcept {
-    if (work.isRunningHere()) return;
-    for (int looks = 0; looks < kLooksForACancel && !failed;) {
-      looks = work.cancelRead(thread) ? looks + 1 : 0;
-      if (endsWithin(kLook)) return;
-    }
-  }
-
-  // The object refers to itself from now on.
-  void leaveBehind(const std::shared_ptr<Reader>& self) noexcept { self_ = self; }
-
-  ProcessStreamReaderImpl work;
-  NYXThreadImpl thread;
-  std::atomic<bool> failed{false};  // the system does not tell whether the thread has ended
-
- private:
-  std::shared_ptr<Reader> self_;
-};
-
-// A reader that has not ended needs its objects and the handle: they are left behind.
 ProcessStream::~ProcessStream() {
-  pipe_.writeEnd.reset();
-  stopReaders();
-  forgetEnded();
-  if (readers_.empty()) return;
-  for (const auto& reader : readers_) reader->leaveBehind(reader);
-  pipe_.readEnd.release();
+  for (const auto& reader : readers_) {
+    if (reader->hasEnded()) continue;
+    reader->leaveBehind(reader);
+    pipe_.readEnd.release();
+  }
 }
 
 bool ProcessStream::hasReader() const {
@@ -70,45 +30,54 @@ bool ProcessStream::hasReader() const {
   return !readers_.empty();
 }
 
-void ProcessStream::replaceReader(ProcessStreamReaderListener& listener) {
-  stopReaders();
-  forgetEnded();
-  auto reader = std::make_shared<Reader>(pipe_.readEnd.get(), listener);
-  reader->thread.start();
+bool ProcessStream::isReadHere() const {
   const Synchronize guard(processState());
-  readers_.push_back(std::move(reader));
+  return std::any_of(readers_.begin(), readers_.end(), [](const auto& reader) { return reader->isRunningHere(); });
 }
 
-// A listener may register another one meanwhile.
+// The thread is let go only when everybody can find it, and nothing can fail once it is there.
+void ProcessStream::replaceReader(ProcessStreamReaderListener& listener) {
+  endReaders();
+  forgetEnded();
+  Readers fresh{std::make_shared<ReaderThread>(pipe_.readEnd.get(), listener, captured_)};
+  ReaderThread& reader = *fresh.front();
+  reader.start();
+  {
+    const Synchronize guard(processState());
+    readers_.splice(readers_.end(), fresh);
+  }
+  reader.letGo();
+}
+
+void ProcessStream::endReaders() noexcept {
+  {
+    const Synchronize guard(processState());
+    for (const auto& reader : readers_) reader->stop();
+  }
+  while (const auto reader = readerToEnd()) reader->end();
+}
+
 void ProcessStream::join(const std::atomic<bool>& childStopped) noexcept {
-  Readers waitedFor;
-  for (Readers current = snapshot(); current != waitedFor; current = snapshot()) {
-    for (const auto& reader : current) {
-      while (!reader->work.isRunningHere() && !reader->failed && !reader->endsWithin(kLook)) {
-        if (!childStopped) continue;
-        reader->work.drain();
-        reader->join();
-        break;
-      }
-    }
-    waitedFor = std::move(current);
+  while (const auto reader = readerToEnd()) {
+    while (!childStopped && !reader->isOverWithin(kLook)) continue;
+    if (childStopped) reader->drainAndEnd();
   }
 }
 
-ProcessStream::Readers ProcessStream::snapshot() const {
+std::shared_ptr<ReaderThread> ProcessStream::readerToEnd() const noexcept {
   const Synchronize guard(processState());
-  return readers_;
+  const auto found = std::find_if(readers_.begin(), readers_.end(),
+                                  [](const auto& reader) { return !reader->isOver() && !reader->isRunningHere(); });
+  return found == readers_.end() ? nullptr : *found;
 }
 
-void ProcessStream::stopReaders() noexcept {
-  const Readers current = snapshot();
-  for (const auto& reader : current) reader->work.stop();
-  for (const auto& reader : current) reader->join();
-}
-
-void ProcessStream::forgetEnded() {
+void ProcessStream::forgetEnded() noexcept {
+  Readers ended;
   const Synchronize guard(processState());
-  std::erase_if(readers_, [](const auto& reader) { return reader->hasEnded(); });
+  for (auto next = readers_.begin(); next != readers_.end();) {
+    const auto reader = next++;
+    if ((*reader)->isKnownToHaveEnded()) ended.splice(ended.end(), readers_, reader);
+  }
 }
 
 }  // namespace tessel::internal

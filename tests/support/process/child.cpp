@@ -103,15 +103,21 @@ int closeStreams() {
   return 3;
 }
 
-// Holds the streams until the event is set; one that floods writes all the while.
+// Holds the streams until the event is set; one that floods writes all the while. With a second argument what it says
+// is a line.
 int hold(const Arguments& arguments, bool flood) {
   const HANDLE event = CreateEventA(nullptr, TRUE, FALSE, arguments.at(0).c_str());
-  write(STD_OUTPUT_HANDLE, "grandchild");
+  write(STD_OUTPUT_HANDLE, arguments.size() > 1 ? "grandchild\n" : "grandchild");
   const std::string block(4000, 'x');
   while (WaitForSingleObject(event, flood ? 0 : INFINITE) == WAIT_TIMEOUT) {
     if (!write(STD_OUTPUT_HANDLE, block)) return 1;
   }
   return 0;
+}
+
+int setEvent(const std::string& name) {
+  const HANDLE event = OpenEventA(EVENT_MODIFY_STATE, FALSE, name.c_str());
+  return event && SetEvent(event) ? 0 : 1;
 }
 
 int leaveGrandchild(const Arguments& arguments) {
@@ -138,6 +144,21 @@ int sayAndSleep(const Arguments& arguments) {
   return 0;
 }
 
+// The bytes that the digits stand for, two each.
+int writeBytes(const std::string& text) {
+  std::string bytes;
+  for (std::size_t i = 0; i + 1 < text.size(); i += 2) {
+    bytes += static_cast<char>(std::stoi(text.substr(i, 2), nullptr, 16));
+  }
+  return write(STD_OUTPUT_HANDLE, bytes) ? 0 : 1;
+}
+
+// Ends with the exit code behind both texts, if there is one.
+int say(const Arguments& arguments) {
+  if (!write(STD_OUTPUT_HANDLE, arguments.at(0)) || !write(STD_ERROR_HANDLE, arguments.at(1))) return 1;
+  return arguments.size() > 2 ? std::stoi(arguments[2]) : 0;
+}
+
 using Task = int (*)(const Arguments&);
 
 const std::map<std::string, Task>& tasks() {
@@ -152,11 +173,10 @@ const std::map<std::string, Task>& tasks() {
       {"do-leave", leaveGrandchild},
       {"do-crash", [](const Arguments&) { return crash(); }},
       {"do-print-directory", [](const Arguments&) { return printDirectory(); }},
+      {"do-write-bytes", [](const Arguments& a) { return writeBytes(a.at(0)); }},
+      {"do-set", [](const Arguments& a) { return setEvent(a.at(0)); }},
       {"do-zero", [](const Arguments&) { return write(STD_OUTPUT_HANDLE, std::string("ab\0cd", 5)) ? 0 : 1; }},
-      {"do-say",
-       [](const Arguments& a) {
-         return write(STD_OUTPUT_HANDLE, a.at(0)) && write(STD_ERROR_HANDLE, a.at(1)) ? 0 : 1;
-       }},
+      {"do-say", say},
   };
   return all;
 }

@@ -3,7 +3,9 @@
 #include <algorithm>
 #include <array>
 #include <atomic>
+#include <optional>
 #include <ostream>
+#include <utility>
 
 #include <tessel/NYXException.h>
 
@@ -54,6 +56,20 @@ bool open(Pipe& pipe) {
   return CreatePipe(pipe.readEnd.receive(), pipe.writeEnd.receive(), &inheritable, 0) != 0;
 }
 
+// What the child is to have is inheritable only while it is launched. Returns the key of the failure, null for none.
+const char* openPipes(Pipe& input, Pipe& output, Pipe& error) {
+  if (!open(output)) return "KTBNV0001_CREATE_PIPE_STDOUT";
+  if (!disinherit(output.readEnd.get())) return "KTBNV0002_HANDLE_INFO_STDOUT";
+  if (!open(input)) return "KTBNV0003_CREATE_PIPE_STDIN";
+  if (!disinherit(input.writeEnd.get())) return "KTBNV0004_HANDLE_INFO_STDIN";
+  if (!open(error)) return "KTBNV0005_CREATE_PIPE_STDERR";
+  if (!disinherit(error.readEnd.get())) return "KTBNV0006_HANDLE_INFO_STDERR";
+  if (!disinherit(output.writeEnd.get())) return "KTBNV0002_HANDLE_INFO_STDOUT";
+  if (!disinherit(input.readEnd.get())) return "KTBNV0004_HANDLE_INFO_STDIN";
+  if (!disinherit(error.writeEnd.get())) return "KTBNV0006_HANDLE_INFO_STDERR";
+  return nullptr;
+}
+
 }  // namespace
 
 // The system's process object and what is known of it; guarded by processState() where several threads use it.
@@ -71,21 +87,52 @@ struct NYXProcessImpl::Child {
     return id != 0;
   }
 
-  void started(const PROCESS_INFORMATION& information) {
+  // The system may change the line while it works.
+  std::optional<LastError> launch(const std::string& name, std::string line, const std::string& directory) {
+    STARTUPINFOA startup{};
+    startup.cb = sizeof startup;
+    startup.dwFlags = STARTF_USESTDHANDLES;
+    startup.hStdInput = input.readEnd.get();
+    startup.hStdOutput = output.pipe().writeEnd.get();
+    startup.hStdError = error.pipe().writeEnd.get();
+    PROCESS_INFORMATION information{};
+    const std::array<HANDLE, 3> inherited{startup.hStdInput, startup.hStdOutput, startup.hStdError};
+    Process prepared = std::make_shared<UniqueHandle>();
+
+    const InheritanceLock lock;
+    const bool launched = std::all_of(inherited.begin(), inherited.end(), internal::inherit) &&
+                          CreateProcessA(name.c_str(), line.data(), nullptr, nullptr, TRUE, 0, nullptr,
+                                         directory.empty() ? nullptr : directory.c_str(), &startup, &information) != 0;
+    const LastError failure;
+    // A failure here can only be passed over: the child may run already. Of its ends only that of its input then stays
+    // open here, and a later child that inherits it does no more than keep a write to a dead child from failing.
+    for (const HANDLE handle : inherited) disinherit(handle);
+    if (!launched) return failure;
+    started(information, std::move(prepared));
+    return std::nullopt;
+  }
+
+  // Nothing here may fail: the child runs already. Called while nothing else is launched, which could inherit the ends.
+  void started(const PROCESS_INFORMATION& information, Process prepared) noexcept {
+    prepared->reset(information.hProcess);
     const Synchronize guard(processState());
-    process = std::make_shared<UniqueHandle>(information.hProcess);
+    process = std::move(prepared);
     thread = UniqueHandle(information.hThread);
     id = information.dwProcessId;
     output.pipe().writeEnd.reset();
     error.pipe().writeEnd.reset();
   }
 
-  int keepExitCode(const UniqueHandle& of) {
+  // Asked outside the lock, the system may answer after another thread has kept the code of the end: what is final
+  // stays. The child may also end with the number that stands for one that runs.
+  int keepExitCode(const UniqueHandle& of, bool hasEnded) {
     DWORD code = 0;
     const bool known = GetExitCodeProcess(of.get(), &code) != 0;
     const Synchronize guard(processState());
-    if (known) exitCode = static_cast<int>(code);
-    if (known && code != STILL_ACTIVE) input.readEnd.reset();
+    if (!known || codeIsFinal) return exitCode;
+    exitCode = static_cast<int>(code);
+    codeIsFinal = hasEnded || code != STILL_ACTIVE;
+    if (codeIsFinal) input.readEnd.reset();
     return exitCode;
   }
 
@@ -101,8 +148,15 @@ struct NYXProcessImpl::Child {
     process.reset();
   }
 
-  std::array<HANDLE, 3> inherited() {
-    return {input.readEnd.get(), output.pipe().writeEnd.get(), error.pipe().writeEnd.get()};
+  bool isReadHere() const { return output.isReadHere() || error.isReadHere(); }
+
+  // Until their readers have ended listeners may ask for what is here, whichever stream they read.
+  void close() noexcept {
+    input.writeEnd.reset();
+    output.pipe().writeEnd.reset();
+    error.pipe().writeEnd.reset();
+    output.endReaders();
+    error.endReaders();
   }
 
   Pipe input;
@@ -112,6 +166,7 @@ struct NYXProcessImpl::Child {
   UniqueHandle thread;
   unsigned long id = 0;
   int exitCode = -1;
+  bool codeIsFinal = false;
   std::atomic<bool> stopped{false};
 };
 
@@ -127,7 +182,7 @@ NYXProcessImpl::NYXProcessImpl(int argc, char** const argv, const std::string& w
 
 NYXProcessImpl::~NYXProcessImpl() {
   const MethodTrace trace(rd, this, "~NYXProcessImpl");
-  child_->input.writeEnd.reset();
+  child_->close();
 }
 
 void NYXProcessImpl::init(int argc, char** const argv, const std::string& workingDirectory) {
@@ -139,26 +194,14 @@ void NYXProcessImpl::init(int argc, char** const argv, const std::string& workin
   createPipes();
 }
 
-// What the child is to have is inheritable only while it is launched.
 void NYXProcessImpl::createPipes() {
   const MethodTrace trace(rd, this, "createPipes");
-  const auto failure = [&](const char* key) {
-    const LastError error;
-    return trace.failure<NYXException>(key, error.numberText());
-  };
-  Pipe& input = child_->input;
-  Pipe& output = child_->output.pipe();
-  Pipe& error = child_->error.pipe();
-  const InheritanceLock lock;
-  if (!open(output)) throw failure("KTBNV0001_CREATE_PIPE_STDOUT");
-  if (!disinherit(output.readEnd.get())) throw failure("KTBNV0002_HANDLE_INFO_STDOUT");
-  if (!open(input)) throw failure("KTBNV0003_CREATE_PIPE_STDIN");
-  if (!disinherit(input.writeEnd.get())) throw failure("KTBNV0004_HANDLE_INFO_STDIN");
-  if (!open(error)) throw failure("KTBNV0005_CREATE_PIPE_STDERR");
-  if (!disinherit(error.readEnd.get())) throw failure("KTBNV0006_HANDLE_INFO_STDERR");
-  if (!disinherit(output.writeEnd.get())) throw failure("KTBNV0002_HANDLE_INFO_STDOUT");
-  if (!disinherit(input.readEnd.get())) throw failure("KTBNV0004_HANDLE_INFO_STDIN");
-  if (!disinherit(error.writeEnd.get())) throw failure("KTBNV0006_HANDLE_INFO_STDERR");
+  const auto [key, error] = [this] {
+    const InheritanceLock lock;
+    const char* const failure = openPipes(child_->input, child_->output.pipe(), child_->error.pipe());
+    return std::pair(failure, LastError());
+  }();
+  if (key) throw trace.failure<NYXException>(key, error.numberText());
 }
 
 std::string NYXProcessImpl::escape(const std::string& arg, bool splitAtColon) {
@@ -173,28 +216,10 @@ void NYXProcessImpl::start() {
   if (child_->wasStarted()) throw trace.failure<NYXException>("KTBNV0179_PROCESS_ALREADY_STARTED", program_);
   const std::string name = executableName(program_);
   const std::string commandLine = '"' + name + "\" " + commandLine_;
-  std::string writable = commandLine;  // the system may change it while it works
-  STARTUPINFOA startup{};
-  startup.cb = sizeof startup;
-  startup.dwFlags = STARTF_USESTDHANDLES;
-  startup.hStdInput = child_->input.readEnd.get();
-  startup.hStdOutput = child_->output.pipe().writeEnd.get();
-  startup.hStdError = child_->error.pipe().writeEnd.get();
-  PROCESS_INFORMATION information{};
-
-  const InheritanceLock lock;
-  const char* const directory = workingDirectory_.empty() ? nullptr : workingDirectory_.c_str();
-  const std::array<HANDLE, 3> inherited = child_->inherited();
-  const bool launched = std::all_of(inherited.begin(), inherited.end(), internal::inherit) &&
-                        CreateProcessA(name.c_str(), writable.data(), nullptr, nullptr, TRUE, 0, nullptr, directory,
-                                       &startup, &information) != 0;
-  const LastError error;
-  for (const HANDLE handle : inherited) disinherit(handle);
-  if (!launched) {
-    throw trace.failure<NYXException>("KTBNV0007_UNABLE_TO_CREATE_PROCESS", commandLine, error.numberText(),
-                                      error.text());
+  if (const std::optional<LastError> error = child_->launch(name, commandLine, workingDirectory_)) {
+    throw trace.failure<NYXException>("KTBNV0007_UNABLE_TO_CREATE_PROCESS", commandLine, error->numberText(),
+                                      error->text());
   }
-  child_->started(information);
 }
 
 // The readers end by themselves: see waitForProcess().
@@ -204,8 +229,8 @@ void NYXProcessImpl::stop() {
   if (!process) return;
   // A child that cannot be terminated has ended already, or never will.
   const bool terminated = TerminateProcess(process->get(), 0) != 0;
-  WaitForSingleObject(process->get(), terminated ? kTerminationLimit : 0);
-  child_->keepExitCode(*process);
+  const DWORD end = WaitForSingleObject(process->get(), terminated ? kTerminationLimit : 0);
+  child_->keepExitCode(*process, end == WAIT_OBJECT_0);
   child_->ended();
   child_->stopped = true;
   child_->giveUp();
@@ -216,17 +241,19 @@ int NYXProcessImpl::waitForProcess() {
   if (!child_->wasStarted()) return trace.result(-1);
   if (const Child::Process process = child_->running()) {
     const bool ended = WaitForSingleObject(process->get(), INFINITE) == WAIT_OBJECT_0;
-    child_->keepExitCode(*process);
+    child_->keepExitCode(*process, ended);
     if (ended) child_->ended();
   }
-  child_->output.join(child_->stopped);
-  child_->error.join(child_->stopped);
+  if (!child_->isReadHere()) {
+    child_->output.join(child_->stopped);
+    child_->error.join(child_->stopped);
+  }
   return trace.result(getExitCode());
 }
 
 int NYXProcessImpl::getExitCode() {
   MethodTrace trace(rd, this, "getExitCode");
-  if (const Child::Process process = child_->running()) return trace.result(child_->keepExitCode(*process));
+  if (const Child::Process process = child_->running()) return trace.result(child_->keepExitCode(*process, false));
   const Synchronize guard(processState());
   return trace.result(child_->exitCode);
 }
