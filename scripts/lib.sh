@@ -71,5 +71,21 @@ fetch_jvm() {
 jar=java/target/tessel-native-0.1.0.jar
 build_jar() { mvn -B -ntp -f java/pom.xml -Dtessel.dll.folder="$top/build/release/bin" "$@"; }
 
+# install_product: the package as it is shipped, in build/stage.
+install_product() {
+  rm -rf build/stage
+  cmake --install build/release --prefix "$top/build/stage"
+}
+
+# build_examples: the C++ examples against the installed package, in build/consumer/bin.
+build_examples() {
+  rm -rf build/consumer
+  cmake -G Ninja -S examples/cpp -B build/consumer -DCMAKE_BUILD_TYPE=Release \
+    -DCMAKE_TOOLCHAIN_FILE="$top/cmake/mingw-w64-x86-64.cmake" -DCMAKE_EXE_LINKER_FLAGS=-static \
+    -DCMAKE_PREFIX_PATH="$top/build/stage" -DCMAKE_RUNTIME_OUTPUT_DIRECTORY="$top/build/consumer/bin" &&
+    cmake --build build/consumer &&
+    cp build/stage/bin/tesselnative.dll build/consumer/bin/
+}
+
 # product_root FOLDER: the value of KTB_PROD for the product laid out in FOLDER, as a Windows program sees it.
 product_root() { printf 'Z:%s' "$(cd "$1" && pwd)"; }
