@@ -3,7 +3,10 @@
 
 #include <gtest/gtest.h>
 
+#include <unistd.h>
+
 #include <atomic>
+#include <csignal>
 #include <filesystem>
 #include <future>
 #include <sstream>
@@ -66,6 +69,31 @@ TEST(CatalogueFile, ASkippedExplanationDoesNotSwallowTheNextLine) {
       "KTBNV0001_A.explanation=ends in \\\nKTBNV0002_B=second\n"
       "KTBNV0003_C.useraction=ends in \\\nKTBNV0004_D=fourth\n");
   EXPECT_EQ(internal::readCatalogue(file), (internal::Messages{{"KTBNV0002_B", "second"}, {"KTBNV0004_D", "fourth"}}));
+}
+
+TEST(CatalogueFile, AFileThatEndsInAContinuationIsNeverReadToItsEnd) {
+  std::istringstream file("KTBNV0001_A=ends in \\\\");
+  EXPECT_EXIT(
+      {
+        alarm(1);
+        internal::readCatalogue(file);
+      },
+      testing::KilledBySignal(SIGALRM), "");
+}
+
+TEST(CatalogueFile, LinesAndTextsOfAnyLengthAreReadWhole) {
+  constexpr std::size_t kChunk = 65536;
+  for (const std::size_t length : {kChunk - 30, kChunk - 13, kChunk - 12, kChunk - 11, kChunk, 3 * kChunk}) {
+    const std::string text(length, 'x');
+    std::istringstream file("KTBNV0001_A=" + text + "\nKTBNV0002_B=b");
+    EXPECT_EQ(internal::readCatalogue(file), (internal::Messages{{"KTBNV0001_A", text}, {"KTBNV0002_B", "b"}}))
+        << length;
+  }
+}
+
+TEST(CatalogueFile, ALineIsNoMessageWhereverItHoldsAnExplanation) {
+  std::istringstream file("KTBNV0001_A=b=c.explanation=d\nKTBNV0002_B=x.useraction=\nKTBNV0003_C=.explanation\n");
+  EXPECT_EQ(internal::readCatalogue(file), (internal::Messages{{"KTBNV0003_C", ".explanation"}}));
 }
 
 TEST(CatalogueFile, AKeyThatDoesNotBeginWithItsPrefixIsNeverLoaded) {

@@ -188,6 +188,22 @@ Findings messagesWithoutExplanationOrAction(const Texts& texts) {
   return found;
 }
 
+Findings explanationsWithoutMessage(const Texts& texts) {
+  return keysWhere(texts, [&texts](const std::string& key, const std::string&) {
+    return !isMessage(key) && texts.count(key.substr(0, key.find('.'))) == 0;
+  });
+}
+
+Findings numbersUsedTwice(const Texts& texts) {
+  Findings found;
+  std::set<std::string> numbers;
+  for (const auto& [key, text] : texts) {
+    const std::string number = key.substr(0, kNumberLength);
+    if (isNumbered(key) && !numbers.insert(number).second) found.push_back(number);
+  }
+  return found;
+}
+
 Findings messagesWithoutTheirNumber(const Texts& texts) {
   return keysWhere(texts, [](const std::string& key, const std::string& text) {
     return isNumbered(key) && !std::regex_match(text, std::regex(key.substr(0, kNumberLength) + "[EWI]: \\S.*"));

@@ -36,6 +36,8 @@ Findings escapesThatAreMalformed(const Texts& texts);
 Findings apostrophesThatStandAlone(const Texts& texts);
 Findings placeholdersWithGaps(const Texts& texts);
 Findings messagesWithoutExplanationOrAction(const Texts& texts);
+Findings explanationsWithoutMessage(const Texts& texts);
+Findings numbersUsedTwice(const Texts& texts);
 Findings messagesWithoutTheirNumber(const Texts& texts);
 // Fills each text as the library does, with an insert for each place.
 Findings textsThatRenderWrongly(const Texts& texts);

@@ -15,6 +15,7 @@ namespace {
 using Texts = std::vector<std::string>;
 
 constexpr const char* kDeveloper = "an error of the program's developer, which only a capture shows";
+constexpr const char* kPunctuation = "it says nothing";
 constexpr const char* kNoFailure = "only trace shows it, and the plain catalogue is taken";
 
 // Literal texts of exceptions, with the reason.
@@ -25,6 +26,13 @@ const std::map<std::string, std::string> kLiteralExceptions = {
     {"GetByteArrayRegion failed", "the virtual machine's own exception stands in its place"},
     {"GetStringUTFChars failed", "the virtual machine's own exception stands in its place"},
     {"IPCServerImpl::disconnect called from within onMessage", kDeveloper},
+    {" - Not all inserts matched (", kDeveloper},
+    {" - insufficient inserts (", kDeveloper},
+    {" for key ", kDeveloper},
+    {" used)", kDeveloper},
+    {")", kPunctuation},
+    {", only ", kDeveloper},
+    {"0", "a code that is always the same"},
     {"NLS::format() call from class: ", kDeveloper},
     {"NYXPropConstant assignment operator should never be called!", kDeveloper},
     {"NYXUtils::getUID not implemented", kDeveloper},
@@ -41,6 +49,14 @@ const std::map<std::string, std::string> kLiteralExceptions = {
     {"the system names no default locale", kNoFailure},
 };
 
+// Literal texts that are printed, with the reason.
+const std::map<std::string, std::string> kLiteralPrints = {
+    {": ", kPunctuation},
+    {"DEBUG: ", "trace and events of a descriptor without a logger, which only tests have"},
+    {"an exception that is no std::exception", kDeveloper},
+    {"escaped from a thread", kDeveloper},
+};
+
 // What goes to the event log without being formatted on the spot, with the reason.
 const std::map<std::string, std::string> kOtherEvents = {
     {"\"File: \" + path + \" could not be found for ResourceBundle '\" + catalogue_->name + \"'\"",
@@ -49,10 +65,37 @@ const std::map<std::string, std::string> kOtherEvents = {
     {"message", "formatted before a lock was taken"},
 };
 
-Texts literalExceptions(const std::string& code) {
-  const std::regex literal(R"rx(\b(?:\w*Exception|runtime_error)(?:\s+\w+)?\s*\(\s*"([^"]*)")rx");
+// The string literals, apart from keys and the names of Java classes, in the arguments of each call or construction
+// that the pattern begins.
+Texts literalsOf(const std::string& code, const std::regex& start) {
+  const std::regex literal(R"rx("((?:[^"\\]|\\.)*)")rx");
   Texts found;
-  for (std::sregex_iterator i(code.begin(), code.end(), literal), end; i != end; ++i) found.push_back((*i)[1]);
+  for (std::sregex_iterator i(code.begin(), code.end(), start), end; i != end; ++i) {
+    const std::size_t begin = static_cast<std::size_t>(i->position() + i->length());
+    std::size_t at = begin;
+    for (int open = 1; at < code.size() && open > 0 && code[at] != ';'; ++at) {
+      if (code[at] == '"') at = literalEnd(code, at) - 1;
+      if (code[at] == '(' || code[at] == '{') ++open;
+      if (code[at] == ')' || code[at] == '}') --open;
+    }
+    const std::string arguments = code.substr(begin, at - begin);
+    for (std::sregex_iterator j(arguments.begin(), arguments.end(), literal); j != end; ++j) {
+      const std::string text = (*j)[1];
+      const bool isName = text.rfind("KTBNV", 0) == 0 || text.rfind("com/", 0) == 0 || text.rfind("java/", 0) == 0;
+      if (!isName) found.push_back(text);
+    }
+  }
+  return found;
+}
+
+Texts literalExceptions(const std::string& code) {
+  return literalsOf(code, std::regex(R"(\b(?:\w*Exception|runtime_error)(?:>|\s+\w+)?\s*[({])"));
+}
+
+Texts literalPrints(const std::string& code) {
+  Texts found = literalsOf(code, std::regex(R"(\b(?:print|printError|endProcess)\s*\()"));
+  const std::regex line(R"rx(\b(?:line|cerr|cout)\s*<<\s*"([^"]*)")rx");
+  for (std::sregex_iterator i(code.begin(), code.end(), line), end; i != end; ++i) found.push_back((*i)[1]);
   return found;
 }
 
@@ -92,6 +135,25 @@ TEST(TextGate, FindsALiteralTextOfAnException) {
       literalExceptions("throw NYXException(\"one\"); const IPCException e(\"two\");\nf(std::runtime_error(\n\"3\"))"),
       (Texts{"one", "two", "3"}));
   EXPECT_EQ(literalExceptions("throw NYXException(text); trace.failure<NYXException>(\"KTBNV0001_A\", a);"), Texts{});
+}
+
+TEST(TextGate, FindsALiteralInsideTheTextOfAnException) {
+  EXPECT_EQ(literalExceptions(
+                "throw NYXException(path + \" is \" + f(\"bad\"));\nauto x = make_unique<NYXException>(\"a\");"),
+            (Texts{" is ", "bad", "a"}));
+  EXPECT_EQ(literalExceptions("throw NYXIOException{\"b\"}; throw NYXException(NLS::format(rd, \"KTBNV0001_A\"));"),
+            Texts{"b"});
+}
+
+TEST(TextGate, FindsALiteralOnItsWayToAStream) {
+  EXPECT_EQ(literalPrints("internal::print(std::cerr, type + \": \" + text); endProcess(\"gone\", x);"),
+            (Texts{": ", "gone"}));
+  EXPECT_EQ(literalPrints("line << \"DEBUG: \" << record; std::cerr << \"x\";"), (Texts{"DEBUG: ", "x"}));
+}
+
+TEST(TextGate, WhatIsPrintedComesFromTheCatalogue) {
+  EXPECT_EQ(strangersIn(literalPrints, kLiteralPrints), Texts{});
+  EXPECT_EQ(unusedOf(literalPrints, kLiteralPrints), Texts{});
 }
 
 TEST(TextGate, FindsAnEventThatIsNotFormatted) {

@@ -1,7 +1,6 @@
 #include "Catalogue.h"
 
 #include <algorithm>
-#include <filesystem>
 #include <fstream>
 #include <stdexcept>
 
@@ -20,6 +19,8 @@ using tessel::NYXUtils;
 constexpr const char* kPlainSuffix = ".properties";
 const std::string kMessages = "KTBNVMessages";
 
+bool named = false;
+
 std::string lowerCase(std::string text) {
   for (char& c : text) {
     if (c >= 'A' && c <= 'Z') c = static_cast<char>(c - 'A' + 'a');
@@ -27,9 +28,9 @@ std::string lowerCase(std::string text) {
   return text;
 }
 
-// "_pt_BR.properties" becomes "pt_br".
+// "_pt_BR.properties" becomes "pt_BR".
 std::string languageOf(const std::string& suffix) {
-  return suffix == kPlainSuffix ? "en" : lowerCase(suffix.substr(1, suffix.find('.') - 1));
+  return suffix == kPlainSuffix ? "en" : suffix.substr(1, suffix.find('.') - 1);
 }
 
 std::string withoutEnd(const std::string& text, const std::string& end) {
@@ -40,15 +41,17 @@ std::string withoutEnd(const std::string& text, const std::string& end) {
 }  // namespace
 
 void findProduct() {
-  if (!NYXUtils::getKTBProdRoot().empty()) return;
+  named = !NYXUtils::getKTBProdRoot().empty();
+  if (named) return;
   const std::string prefix = NYXUtils::getParent(executableFolder());
   for (const std::string& root : {prefix, prefix + "/product"}) {
-    std::error_code ignored;
-    if (!std::filesystem::is_directory(root + "/lib/messages", ignored)) continue;
+    if (!isFolder(root + "/lib/messages")) continue;
     NYXUtils::setenv("KTB_PROD", root);
     return;
   }
 }
+
+bool productIsNamed() { return named; }
 
 // The library carries on without the English texts, and says so itself.
 void checkCatalogues() {
@@ -63,13 +66,13 @@ void checkCatalogues() {
 }
 
 std::string catalogueSuffixOf(const std::string& language) {
-  std::string wanted = lowerCase(language);
-  std::replace(wanted.begin(), wanted.end(), '-', '_');
+  constexpr std::size_t kAlone = 2;  // without a country
+  const std::string wanted = lowerCase(language);
+  const std::string suffix = tessel::internal::catalogueSuffix(wanted.size() == kAlone ? wanted + '-' : wanted);
+  if (suffix != kPlainSuffix || wanted.rfind("en", 0) == 0) return suffix;
   std::string known;
-  for (const std::string& suffix : tessel::internal::catalogueSuffixes()) {
-    const std::string name = languageOf(suffix);
-    if (wanted == name || wanted == name.substr(0, 2)) return suffix;
-    known += (known.empty() ? "" : ", ") + name;
+  for (const std::string& other : tessel::internal::catalogueSuffixes()) {
+    known += (known.empty() ? "" : ", ") + languageOf(other);
   }
   throw std::runtime_error("there are no messages in the language " + language + "; there are " + known);
 }
@@ -84,7 +87,11 @@ std::string userLocale() {
 
 std::string userCatalogueSuffix() { return tessel::internal::catalogueSuffix(lowerCase(userLocale())); }
 
-std::string catalogueFolder() { return NYXUtils::getKTBProdRoot() + "/lib/messages/"; }
+// Where the library looks.
+std::string catalogueFolder() {
+  const std::string root = NYXUtils::getKTBProdRoot();
+  return root.empty() ? "../vanta/lib/messages/" : root + "/lib/messages/";
+}
 
 std::vector<std::string> catalogueNames(const std::string& suffix) {
   return {kMessages + suffix, "KTBNVElements" + suffix};

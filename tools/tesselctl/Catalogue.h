@@ -11,6 +11,9 @@ namespace tesselctl {
 // beside it in a build tree.
 void findProduct();
 
+// Whether the environment names the product folder, so that other programs find it as well.
+bool productIsNamed();
+
 // Throws std::runtime_error when the user's language has catalogues of its own and one of them is missing: the
 // library would wait for it without end. To be called before the first message is formatted.
 void checkCatalogues();

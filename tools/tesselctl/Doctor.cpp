@@ -1,5 +1,4 @@
 #include <array>
-#include <filesystem>
 #include <fstream>
 #include <memory>
 #include <string>
@@ -16,7 +15,6 @@
 namespace tesselctl {
 namespace {
 
-namespace fs = std::filesystem;
 using tessel::NYXUtils;
 
 constexpr const char* kLibrary = "tesselnative.dll";
@@ -32,11 +30,6 @@ struct Finding {
   std::string advice;  // empty when all is well
 };
 
-bool isFile(const fs::path& path) {
-  std::error_code ignored;
-  return fs::is_regular_file(path, ignored);
-}
-
 std::string joined(const std::vector<std::string>& names) {
   std::string list;
   for (const std::string& name : names) list += (list.empty() ? "" : ", ") + name;
@@ -50,9 +43,11 @@ Finding productRoot() {
     return {subject, "not known",
             "Set the environment variable KTB_PROD to the folder that the product is installed in."};
   }
-  std::error_code ignored;
-  if (fs::is_directory(root, ignored)) return {subject, root, {}};
-  return {subject, root + " is no folder", "Set KTB_PROD to the folder that the product is installed in."};
+  if (!isFolder(root))
+    return {subject, root + " is no folder", "Set KTB_PROD to the folder that the product is installed in."};
+  if (productIsNamed()) return {subject, root, {}};
+  return {subject, root + " is beside this tool, but the environment does not name it",
+          "Set the environment variable KTB_PROD to it. Other programs do not find their messages without."};
 }
 
 std::vector<std::string> missing(const std::vector<std::string>& names) {
@@ -64,12 +59,15 @@ std::vector<std::string> missing(const std::vector<std::string>& names) {
 }
 
 Finding currentCatalogue() {
-  const std::vector<std::string> names = catalogueNames(userCatalogueSuffix());
+  const std::string suffix = userCatalogueSuffix();
+  const bool isWaitedFor = suffix != ".properties";
+  const std::vector<std::string> names = catalogueNames(suffix);
   const std::string subject = "messages for the locale " + userLocale();
   const std::vector<std::string> lost = missing(names);
   if (lost.empty()) return {subject, joined(names), {}};
   return {subject, "missing in " + catalogueFolder() + ": " + joined(lost),
-          "Install the product again. Until then programs of this user may wait for the file without end."};
+          isWaitedFor ? "Install the product again. Until then programs of this user wait for the file without end."
+                      : "Install the product again. Until then programs of this user show messages as bare keys."};
 }
 
 Finding allCatalogues() {
@@ -80,8 +78,10 @@ Finding allCatalogues() {
   const std::vector<std::string> lost = missing(names);
   const std::string subject = "messages of all languages";
   if (lost.empty()) return {subject, std::to_string(names.size()) + " files in " + catalogueFolder(), {}};
-  return {subject, "missing in " + catalogueFolder() + ": " + joined(lost),
-          "Install the product again. Programs of users with such a language wait for its file without end."};
+  return {
+      subject, "missing in " + catalogueFolder() + ": " + joined(lost),
+      "Install the product again. Programs of users with such a language wait for its file without end, or show bare "
+      "keys in place of English."};
 }
 
 Finding library() {
@@ -94,11 +94,18 @@ Finding library() {
           ". Install the product again, so that all of it is of one version."};
 }
 
+// By their names: the jar tells its version to nobody but Java.
 Finding jar() {
   const std::string folder = NYXUtils::getKTBProdRoot() + "/share/java/";
   const std::string name = "tessel-native-" TESSEL_VERSION ".jar";
-  if (isFile(folder + name)) return {"companion jar", folder + name, {}};
-  return {"companion jar", folder + name + " is missing",
+  std::vector<std::string> others;
+  for (const std::string& found : filesLike(folder + "tessel-native-*.jar")) {
+    if (found == name) return {"companion jar", folder + name, {}};
+    if (found.find("-sources") == std::string::npos && found.find("-javadoc") == std::string::npos)
+      others.push_back(found);
+  }
+  return {"companion jar",
+          folder + name + " is missing" + (others.empty() ? std::string() : ", there is " + joined(others)),
           "Install the product again. Java programs need the jar of the library's version; native ones do not."};
 }
 
@@ -116,20 +123,21 @@ Finding java() {
 }
 
 // A folder that is still to be made is as good as its parent.
-fs::path nearestExisting(fs::path folder) {
-  std::error_code ignored;
-  while (!fs::exists(folder, ignored) && folder.has_parent_path() && folder != folder.parent_path()) {
-    folder = folder.parent_path();
+std::string nearestExisting(std::string path) {
+  while (!isFolder(path) && !isFile(path)) {
+    const std::string parent = NYXUtils::getParent(path);
+    if (parent.empty() || parent == path) break;
+    path = parent;
   }
-  return folder;
+  return path;
 }
 
 Finding logDirectory(const std::string& directory) {
-  const fs::path folder = nearestExisting(fs::absolute(directory));
+  const std::string folder = nearestExisting(absolutePath(directory));
   std::string reason;
-  if (canCreateFile(folder.string(), reason)) return {"log directory", directory + " can be written", {}};
+  if (canCreateFile(folder, reason)) return {"log directory", directory + " can be written", {}};
   return {"log directory", directory + ": " + reason,
-          "Give the user who runs the product the right to create files in " + folder.string() + "."};
+          "Give the user who runs the product the right to create files in " + folder + "."};
 }
 
 // As the companion jar chooses it.

@@ -102,6 +102,7 @@ void addMsg(CLI::App& app, Command& chosen) {
   command->add_option("--lang", options->language, "The language, such as fr, pt_BR or zh-TW; the user's unless given");
   command->footer("Words are found in texts, explanations and actions; upper and lower case are the same.");
   command->callback([options, message, word, &chosen] {
+    if (!word->empty() && options->word.empty()) throw CLI::ValidationError("--search", "a word is needed");
     if (message->empty() && word->empty()) throw CLI::RequiredError("MESSAGE or --search");
     chosen = [options] { return run(*options); };
   });

@@ -28,7 +28,7 @@ bool isConsole(DWORD stream) {
 // A console shows every language, whatever its code page is.
 bool show(DWORD stream, const std::string& text) {
   if (!isConsole(stream)) return write(stream, text);
-  const std::wstring wide = wideText(textOfLibrary(text));
+  const std::wstring wide = wideText(textOfBytes(text));
   DWORD written = 0;
   return WriteConsoleW(GetStdHandle(stream), wide.data(), static_cast<DWORD>(wide.size()), &written, nullptr) != 0;
 }
@@ -39,13 +39,15 @@ bool show(DWORD stream, const std::string& text) {
 
 }  // namespace
 
-void printText(std::string_view text) {
-  if (!write(STD_OUTPUT_HANDLE, text)) failToWrite();
+void printBytes(std::string_view bytes) {
+  if (!write(STD_OUTPUT_HANDLE, bytes)) failToWrite();
 }
 
-void printLine(const std::string& text) {
-  if (!show(STD_OUTPUT_HANDLE, text + '\n')) failToWrite();
+void printText(std::string_view text) {
+  if (!show(STD_OUTPUT_HANDLE, std::string(text))) failToWrite();
 }
+
+void printLine(const std::string& text) { printText(text + '\n'); }
 
 void printNote(const std::string& text) { show(STD_ERROR_HANDLE, textOfLibrary(text)); }
 

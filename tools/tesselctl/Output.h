@@ -7,12 +7,15 @@
 
 namespace tesselctl {
 
-// The text and a line end to standard output; a console shows it as what it is, in UTF-8 or the code page. Throws
-// std::runtime_error when it cannot be written, as behind a pipe whose reader has gone.
+// To standard output as it is; a console shows it as what it is, in UTF-8 or the code page. Throws std::runtime_error
+// when it cannot be written, as behind a pipe whose reader has gone.
+void printText(std::string_view text);
+
+// The text and a line end. Throws like printText.
 void printLine(const std::string& text);
 
-// To standard output as it is. Throws like printLine.
-void printText(std::string_view text);
+// What another program has written, also to a console. Throws like printText.
+void printBytes(std::string_view bytes);
 
 // To standard error, in UTF-8 and without the escapes of catalogue texts; nothing is done when it cannot be written.
 void printNote(const std::string& text);

@@ -55,7 +55,7 @@ class Lines {
   // Throws std::runtime_error.
   void write(const std::string& lines) {
     const std::lock_guard guard(mutex_);
-    printText(lines);
+    printBytes(lines);
     if (tee_.empty()) return;
     file_ << lines << std::flush;
     if (!file_) throw std::runtime_error("cannot write " + tee_);

@@ -22,6 +22,11 @@ std::string pathOf(HMODULE module) {
   return path;
 }
 
+bool hasKind(const std::string& path, DWORD kind) {
+  const DWORD attributes = GetFileAttributesA(path.c_str());
+  return attributes != INVALID_FILE_ATTRIBUTES && (attributes & FILE_ATTRIBUTE_DIRECTORY) == kind;
+}
+
 }  // namespace
 
 void makeStreamsBinary() {
@@ -29,6 +34,29 @@ void makeStreamsBinary() {
 }
 
 std::string executableFolder() { return tessel::NYXUtils::getParent(pathOf(nullptr)); }
+
+bool isFile(const std::string& path) { return hasKind(path, 0); }
+
+bool isFolder(const std::string& path) { return hasKind(path, FILE_ATTRIBUTE_DIRECTORY); }
+
+std::vector<std::string> filesLike(const std::string& pattern) {
+  std::vector<std::string> names;
+  WIN32_FIND_DATAA found{};
+  const HANDLE search = FindFirstFileA(pattern.c_str(), &found);
+  if (search == INVALID_HANDLE_VALUE) return names;
+  do {
+    names.emplace_back(found.cFileName);
+  } while (FindNextFileA(search, &found));
+  FindClose(search);
+  return names;
+}
+
+std::string absolutePath(const std::string& path) {
+  std::string result(kLongestPath, '\0');
+  const DWORD length = GetFullPathNameA(path.c_str(), kLongestPath, result.data(), nullptr);
+  result.resize(length < kLongestPath ? length : 0);
+  return result;
+}
 
 std::string modulePath(const std::string& name) {
   const HMODULE module = GetModuleHandleA(name.c_str());

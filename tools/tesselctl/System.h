@@ -2,6 +2,7 @@
 #pragma once
 
 #include <string>
+#include <vector>
 
 namespace tesselctl {
 
@@ -10,6 +11,16 @@ void makeStreamsBinary();
 
 // The folder that the program lies in.
 std::string executableFolder();
+
+// Paths are in the code page, as everywhere in the library.
+bool isFile(const std::string& path);
+bool isFolder(const std::string& path);
+
+// The names of the files that match; none when there is no such folder.
+std::vector<std::string> filesLike(const std::string& pattern);
+
+// The path from its drive on.
+std::string absolutePath(const std::string& path);
 
 // Where a loaded library or program lies.
 std::string modulePath(const std::string& name);

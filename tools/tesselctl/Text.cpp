@@ -30,10 +30,12 @@ std::string utf8Of(const std::wstring& wide) {
 
 std::string textOfArgument(const std::string& argument) { return utf8Of(fromCodePage(CP_ACP, 0, argument)); }
 
-std::string textOfLibrary(const std::string& text) {
-  const bool isUtf8 = text.empty() || !fromCodePage(CP_UTF8, MB_ERR_INVALID_CHARS, text).empty();
-  return tessel::internal::withoutEscapes(isUtf8 ? text : textOfArgument(text));
+std::string textOfBytes(const std::string& bytes) {
+  const bool isUtf8 = bytes.empty() || !fromCodePage(CP_UTF8, MB_ERR_INVALID_CHARS, bytes).empty();
+  return isUtf8 ? bytes : textOfArgument(bytes);
 }
+
+std::string textOfLibrary(const std::string& text) { return tessel::internal::withoutEscapes(textOfBytes(text)); }
 
 std::string foldCase(const std::string& text) {
   std::wstring wide = wideText(text);

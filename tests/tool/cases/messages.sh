@@ -33,10 +33,21 @@ case_msg_speaks_every_language() {
     run 0 msg 87 --lang "$language"
     equal "$language" "$(shipped "$language" KTBNV0087_CREATE_NAMED_PIPE_FAILED)" "$(head -n 1 "$work/out")"
   done
-  for name in pt pt-br PT_BR; do
+  while read -r name language; do
     run 0 msg 87 --lang "$name"
-    equal "$name" "$(shipped pt_BR KTBNV0087_CREATE_NAMED_PIPE_FAILED)" "$(head -n 1 "$work/out")"
-  done
+    equal "$name" "$(shipped "$language" KTBNV0087_CREATE_NAMED_PIPE_FAILED)" "$(head -n 1 "$work/out")"
+  done <<'END'
+pt pt_BR
+pt-br pt_BR
+PT_BR pt_BR
+pt-PT pt_BR
+zh zh_CN
+zh_HK zh_CN
+zh-TW zh_TW
+fr-FR fr
+de_AT.UTF-8 de
+en-GB en
+END
   LC_ALL=de_DE.UTF-8 run 0 msg 87
   equal "the user's" "$(shipped de KTBNV0087_CREATE_NAMED_PIPE_FAILED)" "$(head -n 1 "$work/out")"
   run 0 msg 87 --lang en
@@ -58,13 +69,15 @@ case_msg_reports_what_it_does_not_know() {
   run 1 msg KTBNV0087X
   error_line "there is no message KTBNV0087X"
   run 1 msg 87 --lang sv
-  error_line "there are no messages in the language sv; there are cs, de, en, es, fr, hu, it, ja, ko, pl, pt_br, ru, zh_tw, zh_cn"
+  error_line "there are no messages in the language sv; there are cs, de, en, es, fr, hu, it, ja, ko, pl, pt_BR, ru, zh_TW, zh_CN"
   KTB_PROD=Z:$work run 1 msg 87
   error_line "cannot read the message catalogue Z:$work/lib/messages/KTBNVMessages.properties"
   run 2 msg
   error_line "MESSAGE or --search is required"
   run 2 msg 87 --search word
   error_line "MESSAGE excludes --search"
+  run 2 msg --search ""
+  error_line "--search: a word is needed"
 }
 
 # installed: a product as it is installed, in $work/product, with a Java in $work/java.
@@ -79,7 +92,9 @@ installed() {
 # doctor CODE LOCALE LOG_FOLDER
 doctor() { JAVA_HOME=Z:$work/java KTB_PROD=Z:$work/product LC_ALL=$2 run "$1" doctor --log-dir "$3"; }
 
-library() { printf 'Z:%s' "$(realpath "$folder/tesselnative.dll")" | tr / '\\'; }
+windows_path() { printf 'Z:%s' "$(realpath "$1")" | tr / '\\'; }
+
+library() { windows_path "$folder/tesselnative.dll"; }
 
 case_doctor_finds_everything_in_order() {
   installed
@@ -104,15 +119,50 @@ case_doctor_says_what_to_do_for_each_finding() {
   doctor 1 it_IT.UTF-8 "Z:$work/file"
   equal "the findings" "ok    product root: Z:$work/product
 WRONG messages for the locale it-IT: missing in Z:$work/product/lib/messages/: KTBNVElements_it.properties
-      Install the product again. Until then programs of this user may wait for the file without end.
+      Install the product again. Until then programs of this user wait for the file without end.
 WRONG messages of all languages: missing in Z:$work/product/lib/messages/: KTBNVElements_it.properties, KTBNVElements_ko.properties
-      Install the product again. Programs of users with such a language wait for its file without end.
+      Install the product again. Programs of users with such a language wait for its file without end, or show bare keys in place of English.
 ok    library: $(library), version 0.1.0
 WRONG companion jar: Z:$work/product/share/java/tessel-native-0.1.0.jar is missing
       Install the product again. Java programs need the jar of the library's version; native ones do not.
 WRONG Java: Z:$work/java\\bin\\java.exe is missing
       Correct the environment variable JAVA_HOME, or remove it to take Java from PATH." "$(head -n 10 "$work/out")"
   grep -qF "WRONG log directory: Z:$work/file: " "$work/out" || fail "the log directory"
+}
+
+case_doctor_knows_that_english_is_not_waited_for() {
+  installed
+  rm "$work/product/lib/messages/KTBNVMessages.properties"
+  doctor 1 en_US.UTF-8 "Z:$work/logs"
+  equal "the findings" "WRONG messages for the locale en-US: missing in Z:$work/product/lib/messages/: KTBNVMessages.properties
+      Install the product again. Until then programs of this user show messages as bare keys." \
+    "$(sed -n '2,3p' "$work/out")"
+}
+
+case_doctor_names_a_jar_of_another_version() {
+  installed
+  mv "$work/product/share/java/tessel-native-0.1.0.jar" "$work/product/share/java/tessel-native-0.0.9.jar"
+  : >"$work/product/share/java/tessel-native-0.0.9-sources.jar"
+  doctor 1 C "Z:$work/logs"
+  grep -qxF "WRONG companion jar: Z:$work/product/share/java/tessel-native-0.1.0.jar is missing, there is tessel-native-0.0.9.jar" \
+    "$work/out" || fail "the jar"
+}
+
+# The tool finds the product of its build by itself; other programs would not.
+case_doctor_wants_the_product_root_in_the_environment() {
+  run 1 doctor
+  equal "the root" "WRONG product root: $(windows_path "$folder/..")/product is beside this tool, but the environment does not name it
+      Set the environment variable KTB_PROD to it. Other programs do not find their messages without." \
+    "$(head -n 2 "$work/out")"
+}
+
+case_doctor_reads_paths_in_the_code_page() {
+  installed
+  mv "$work/product" "$work/pröduct"
+  mkdir "$work/lögs"
+  JAVA_HOME=Z:$work/java KTB_PROD=Z:$work/pröduct LC_ALL=de_DE.UTF-8 run 0 doctor --log-dir "Z:$work/lögs"
+  equal "findings" 7 "$(grep -c '^ok ' "$work/out")"
+  rm -r "$work/pröduct" "$work/lögs"
 }
 
 case_doctor_reports_a_product_root_that_is_none() {
