@@ -1,5 +1,5 @@
-// The encodings that the tool meets. Its own texts and those of the library are printed in UTF-8; names of files, and what
-// it prints of data, are the bytes that they are.
+// The encodings that the tool meets. Its own texts and those of the library are printed in UTF-8; names of files, and
+// what it prints of data, are the bytes that they are.
 #pragma once
 
 #include <string>
