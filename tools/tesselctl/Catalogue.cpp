@@ -68,7 +68,7 @@ void checkCatalogues() {
 std::string catalogueSuffixOf(const std::string& language) {
   constexpr std::size_t kAlone = 2;  // without a country
   const std::string wanted = lowerCase(language);
-  const std::string suffix = tessel::internal::catalogueSuffix(wanted.size() == kAlone ? wanted + '-' : wanted);
+  std::string suffix = tessel::internal::catalogueSuffix(wanted.size() == kAlone ? wanted + '-' : wanted);
   if (suffix != kPlainSuffix || wanted.rfind("en", 0) == 0) return suffix;
   std::string known;
   for (const std::string& other : tessel::internal::catalogueSuffixes()) {

@@ -47,6 +47,7 @@ std::string rendered(const Message& message, const std::vector<std::string>& ins
   std::string text = shown(message.text);
   if (inserts.empty()) return text;
   std::vector<const std::string*> pointers;
+  pointers.reserve(inserts.size());
   for (const std::string& insert : inserts) pointers.push_back(&insert);
   const auto filled = tessel::internal::fillPlaceholders(text, pointers.data(), static_cast<int>(pointers.size()));
   if (filled.match != tessel::internal::Match::complete) {
