@@ -32,16 +32,12 @@ constexpr std::array<Language, 16> kLanguages{{{"cs", "_cs.properties"},
                                                {"zh", "_zh_CN.properties"},
                                                {"", ".properties"}}};
 
-bool endsWith(std::string_view text, std::string_view end) {
-  return text.size() >= end.size() && text.substr(text.size() - end.size()) == end;
-}
-
 // What holds ".explanation=" or ".useraction=" anywhere is no message.
 bool isMessageLine(std::string_view line) {
   if (line.substr(0, 3) != "KTB") return false;
   for (std::size_t at = findByte(line, '='); at != std::string_view::npos; at = findByte(line, '=', at + 1)) {
     const std::string_view start = line.substr(0, at);
-    if (endsWith(start, ".explanation") || endsWith(start, ".useraction")) return false;
+    if (start.ends_with(".explanation") || start.ends_with(".useraction")) return false;
   }
   return true;
 }

@@ -163,7 +163,8 @@ bool FFDC::writeFile(const std::string& path, const std::string& record) {
     EventLog::errorNoFormat(rd, exception.getMessage());
     return false;
   }
-  *file << "Filename:   " << path << '\n' << internal::withoutEscapes(record) << std::flush;
+  const std::string shown = internal::withoutEscapes(record);
+  *file << "Filename:   " << path << '\n' << shown << std::flush;
   const internal::LastError error;
   if (*file) return true;
   EventLog::errorNoFormat(rd, NLS::format(rd, "KTBNV0083_UNABLE_TO_WRITE_TO_FFDC_FILE", path, error.text()));

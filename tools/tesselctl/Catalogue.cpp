@@ -33,11 +33,6 @@ std::string languageOf(const std::string& suffix) {
   return suffix == kPlainSuffix ? "en" : suffix.substr(1, suffix.find('.') - 1);
 }
 
-std::string withoutEnd(const std::string& text, const std::string& end) {
-  const bool ends = text.size() > end.size() && text.compare(text.size() - end.size(), end.size(), end) == 0;
-  return ends ? text.substr(0, text.size() - end.size()) : std::string();
-}
-
 }  // namespace
 
 void findProduct() {
@@ -109,9 +104,9 @@ std::vector<Message> readMessages(const std::string& suffix) {
     const std::string text = tessel::internal::withoutEscapes(line.substr(equals + 1));
     if (key.find('.') == std::string::npos) {
       messages.push_back({key, text, {}, {}});
-    } else if (!messages.empty() && withoutEnd(key, ".explanation") == messages.back().key) {
+    } else if (!messages.empty() && key == messages.back().key + ".explanation") {
       messages.back().explanation = text;
-    } else if (!messages.empty() && withoutEnd(key, ".useraction") == messages.back().key) {
+    } else if (!messages.empty() && key == messages.back().key + ".useraction") {
       messages.back().action = text;
     }
   }
