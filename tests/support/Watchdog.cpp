@@ -1,10 +1,11 @@
 #include "support/Watchdog.h"
 
+#include <io.h>
 #include <windows.h>
 
 #include <algorithm>
-#include <cstdio>
 #include <cstdlib>
+#include <exception>
 #include <string>
 
 namespace tessel::test {
@@ -19,11 +20,32 @@ struct Watch {
   CONDITION_VARIABLE changed = CONDITION_VARIABLE_INIT;
   std::string name;  // empty between tests
   Clock::time_point deadline = Clock::time_point::max();
+  const int error = _dup(2);
 };
 
 Watch& watch() {
   static Watch& instance = *new Watch;
   return instance;
+}
+
+// On standard error as it was before any test captured it.
+[[noreturn]] void endWith(const std::string& text) {
+  static_cast<void>(_write(watch().error, text.data(), static_cast<unsigned>(text.size())));
+  std::_Exit(3);
+}
+
+[[noreturn]] void endByException() {
+  std::string text = "\nTERMINATED";
+  if (const std::exception_ptr exception = std::current_exception()) {
+    try {
+      std::rethrow_exception(exception);
+    } catch (const std::exception& known) {
+      text += std::string(" by an exception: ") + known.what();
+    } catch (...) {
+      text += " by an unknown exception";
+    }
+  }
+  endWith(text + '\n');
 }
 
 class Guard {
@@ -51,9 +73,7 @@ DWORD WINAPI guardTests(void*) {
     } else if (now < shared.deadline) {
       guard.wait(shared.deadline - now);
     } else {
-      std::fprintf(stderr, "\nWATCHDOG: %s takes too long\n", shared.name.c_str());
-      std::fflush(stderr);
-      std::_Exit(3);
+      endWith("\nWATCHDOG: " + shared.name + " takes too long\n");
     }
   }
 }
@@ -67,7 +87,11 @@ void expect(const std::string& name, Clock::time_point deadline) {
 
 }  // namespace
 
-Watchdog::Watchdog() { CloseHandle(CreateThread(nullptr, 0, guardTests, nullptr, 0, nullptr)); }
+Watchdog::Watchdog() {
+  watch();
+  std::set_terminate(endByException);
+  CloseHandle(CreateThread(nullptr, 0, guardTests, nullptr, 0, nullptr));
+}
 
 void Watchdog::OnTestStart(const testing::TestInfo& info) {
   expect(std::string(info.test_suite_name()) + "." + info.name(), Clock::now() + kTestLimit);

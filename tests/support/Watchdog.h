@@ -1,4 +1,4 @@
-// Ends a test program that hangs, and says in which test.
+// Ends a test program that hangs, and says in which test; says what ends one by an exception.
 #pragma once
 
 #include <gtest/gtest.h>
@@ -9,8 +9,8 @@ namespace tessel::test {
 
 inline constexpr std::chrono::seconds kTestLimit{60};
 
-// A listener: appended once, before the tests run. A test that runs longer than its limit is named on standard
-// error and the process ends with code 3.
+// A listener: appended once, before the tests run. A test that runs longer than its limit, or lets an exception leave a
+// thread, is named on the standard error that the process began with, and the process ends with code 3.
 class Watchdog : public testing::EmptyTestEventListener {
  public:
   Watchdog();

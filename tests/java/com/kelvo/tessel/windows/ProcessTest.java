@@ -35,10 +35,15 @@ class ProcessTest {
         child(LoadProgram.class).option("-Xms128m").option("-Xmx128m").option("-XX:+AlwaysPreTouch").option("-Xint");
     List<String> lines = new ArrayList<>(Arrays.asList(run(child).split("\n")));
     assertEquals("sent 100480", lines.remove(lines.size() - 1));
-    // The first two of ten rounds fill caches and pools.
-    long before = Long.parseLong(lines.get(1));
-    long after = Long.parseLong(lines.get(9));
-    assertTrue(after - before < 1024, lines::toString); // KiB: 80,000 requests that leave 14 bytes each are seen
+    // The first of ten rounds fills caches and pools. The virtual machine itself takes and gives back about a MiB now
+    // and then, which the least of three rounds does not show; what leaks is in all of them.
+    long before = least(lines.subList(1, 4));
+    long after = least(lines.subList(7, 10));
+    assertTrue(after - before < 1024, lines::toString); // KiB: 60,000 requests that leave 18 bytes each are seen
+  }
+
+  private static long least(List<String> numbers) {
+    return numbers.stream().mapToLong(Long::parseLong).min().getAsLong();
   }
 
   private static ChildJVM child(Class<?> main, String... arguments) throws IOException {
