@@ -38,6 +38,8 @@ constexpr int kRestarts = 100;
 // On a machine that has other things to do the locks pass from thread to thread slowly.
 constexpr std::chrono::seconds kLongest{8};
 constexpr std::chrono::minutes kLimit{5};
+// Most of the time there is nothing to trace: threads that only spin would keep the others from the processors.
+constexpr std::chrono::milliseconds kRest{1};
 
 // Threads that repeat their work until the object ends.
 class Busy {
@@ -184,7 +186,12 @@ TEST(DiagnosticsLoad, InitializeAndShutdownWhileEverythingIsUsed) {
     const TracedClass traced;
     const RasDescriptor rd("LoadEvents", "");
     Busy busy;
-    for (int i = 0; i < kTracers; ++i) busy.add([&traced] { traced.run(2); });
+    for (int i = 0; i < kTracers; ++i) {
+      busy.add([&traced] {
+        traced.run(2);
+        std::this_thread::sleep_for(kRest);
+      });
+    }
     busy.add([&rd] { EventLog::infoNoFormat(rd, "text of an event"); });
     busy.add([&rd] {
       FFDC::capture(rd, "run", FFDC::PROBE_001(), nullptr);

@@ -1,5 +1,7 @@
 #include <gtest/gtest.h>
+#include <windows.h>
 
+#include <algorithm>
 #include <atomic>
 #include <chrono>
 #include <string>
@@ -271,6 +273,46 @@ TEST(Monitor, TracesOnlyWhatItThrows) {
   ASSERT_EQ(log.records().size(), 1U);
   EXPECT_EQ(log.records()[0].type, LogRecordType::THROWING);
   EXPECT_EQ(log.records()[0].methodName, "wait");
+}
+
+// The busy thread does something slow in the monitor and takes it again the moment it has left it. The one that was
+// woken has to get a processor first, which it shares with threads that never rest.
+TEST(Monitor, AThreadThatTakesItAgainAndAgainStepsAsideForOneThatWaits) {
+  constexpr int kTurns = 20;
+  constexpr int kSpinners = 8;
+  constexpr int kMostAtOnce = 500;
+  NYXThreadSyncImpl monitor;
+  int taken = 0;
+  std::atomic<bool> stop{false};
+  std::vector<std::thread> threads;
+  threads.emplace_back([&] {
+    SetThreadAffinityMask(GetCurrentThread(), 2);
+    while (!stop) {
+      const Synchronize guard(&monitor);
+      ++taken;
+      std::this_thread::sleep_for(std::chrono::milliseconds(1));
+    }
+  });
+  for (int i = 0; i < kSpinners; ++i) {
+    threads.emplace_back([&] {
+      SetThreadAffinityMask(GetCurrentThread(), 1);
+      while (!stop) continue;
+    });
+  }
+  int longest = 0;
+  const DWORD_PTR all = SetThreadAffinityMask(GetCurrentThread(), 1);
+  for (int i = 0; i < kTurns; ++i) {
+    monitor.lock();
+    const int before = taken;
+    monitor.unlock();
+    while (monitor.tryLock()) monitor.unlock();
+    const Synchronize guard(&monitor);
+    longest = std::max(longest, taken - before);
+  }
+  stop = true;
+  SetThreadAffinityMask(GetCurrentThread(), all);
+  for (std::thread& thread : threads) thread.join();
+  EXPECT_LT(longest, kMostAtOnce);
 }
 
 // Each round all waiters must see the new round, and the notifier that all have seen it. One wake-up lost in either

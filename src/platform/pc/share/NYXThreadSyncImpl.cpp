@@ -1,6 +1,7 @@
 #include <tessel/NYXThreadSyncImpl.h>
 
 #include <algorithm>
+#include <array>
 #include <atomic>
 #include <cstdint>
 
@@ -34,6 +35,61 @@ class Owner {
   std::atomic<std::uint64_t> value_{0};
 };
 
+// Who waits for the section. The section goes to whoever asks first when it becomes free, and that can be, again and
+// again, the thread that has just left it, before the one that was woken gets a processor.
+class Queue {
+ public:
+  // A place in the queue for as long as the object lives, while there are some left.
+  class Place {
+   public:
+    explicit Place(Queue& queue) : queue_(queue), place_(queue.take()) {}
+    ~Place() { queue_.giveBack(place_); }
+    Place(const Place&) = delete;
+    Place& operator=(const Place&) = delete;
+
+   private:
+    Queue& queue_;
+    std::atomic<ULONGLONG>* const place_;
+  };
+
+  bool empty() const { return waiters_.load(std::memory_order_relaxed) == 0; }
+
+  // Keeps this thread away for a moment when another one has been waiting for long.
+  void letOthersIn() const {
+    if (anyoneWaitsForLong()) Sleep(1);
+  }
+
+ private:
+  std::atomic<ULONGLONG>* take() {
+    waiters_.fetch_add(1, std::memory_order_relaxed);
+    const ULONGLONG now = GetTickCount64();
+    for (std::atomic<ULONGLONG>& place : since_) {
+      ULONGLONG nobody = 0;
+      if (place.compare_exchange_strong(nobody, now, std::memory_order_relaxed)) return &place;
+    }
+    return nullptr;
+  }
+
+  void giveBack(std::atomic<ULONGLONG>* place) {
+    if (place) place->store(0, std::memory_order_relaxed);
+    waiters_.fetch_sub(1, std::memory_order_relaxed);
+  }
+
+  bool anyoneWaitsForLong() const {
+    constexpr ULONGLONG kLong = 10;  // milliseconds
+    const ULONGLONG now = GetTickCount64();
+    return std::any_of(since_.begin(), since_.end(), [now](const std::atomic<ULONGLONG>& place) {
+      const ULONGLONG since = place.load(std::memory_order_relaxed);
+      return since != 0 && now >= since + kLong;
+    });
+  }
+
+  std::atomic<std::uint32_t> waiters_{0};
+  // Since when, in milliseconds of the system's counter; 0 is a free place. Who finds none waits all the same, and
+  // is let in together with those who have one.
+  std::array<std::atomic<ULONGLONG>, 8> since_{};
+};
+
 class WaitersLock {
  public:
   explicit WaitersLock(CRITICAL_SECTION& section) : section_(section) { EnterCriticalSection(&section_); }
@@ -57,6 +113,7 @@ struct NYXThreadSyncImpl::State {
   HANDLE event = nullptr;
   CRITICAL_SECTION section{};
   Owner owner;
+  Queue queue;
   // Entries of the section not left yet. Leaving a section that nobody is inside corrupts it.
   std::atomic<std::uint32_t> entered{0};
   std::atomic<std::uint32_t> timedWaiters{0};
@@ -81,8 +138,15 @@ struct NYXThreadSyncImpl::State {
   State& operator=(const State&) = delete;
 
   void enter() {
+    letOthersIn();
+    if (tryEnter()) return;
+    const Queue::Place place(queue);
     EnterCriticalSection(&section);
     entered.store(entered.load(std::memory_order_relaxed) + 1, std::memory_order_relaxed);
+  }
+
+  void letOthersIn() const {
+    if (!queue.empty() && owner.thread() != internal::currentThreadId()) queue.letOthersIn();
   }
 
   bool tryEnter() {
@@ -109,7 +173,9 @@ struct NYXThreadSyncImpl::State {
   // Looks again after a slice of time: who leaves as the wait begins does not see that it does.
   bool enterWithin(ULONGLONG milliseconds) {
     constexpr ULONGLONG kSlice = 10;
+    letOthersIn();
     if (tryEnter()) return true;
+    const Queue::Place place(queue);
     const ULONGLONG begin = GetTickCount64();
     const WaitersLock guard(waitersSection);
     ++timedWaiters;
