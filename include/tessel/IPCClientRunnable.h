@@ -62,8 +62,10 @@ class TESSEL_API IPCClientRunnable : public NYXRunnable {
   void setProcessingMessage(bool processing);
   void setActivity(Activity activity);
   long exchangeUntilEnd(Buffer& buffer);
+  void lookForRequest(Buffer& buffer) const;
   bool read(Buffer& buffer, long& result);
   void answer(Buffer& buffer);
+  void makeRoom(Buffer& buffer) const;
   bool write(Buffer& buffer, long& result);
   void flush(const Buffer& buffer);
 

@@ -71,14 +71,16 @@ JavaCallbackIPCListener::~JavaCallbackIPCListener() {
   }
 }
 
-// The thread is detached again before it waits for its client: the machine would wait for it when it is to end.
+// The thread is detached again before it waits for its client: the machine would wait for it when it is to end. It
+// stays attached while requests follow each other closely, since attaching and detaching take longer than an exchange.
 IPCMessage JavaCallbackIPCListener::onMessage(const IPCMessage& request) {
   MethodTrace trace(rd, this, "onMessage", request);
   const auto reply = [&](long status, const std::string& text) {
     return trace.result(IPCMessage(request.getMessageId(), status, text));
   };
   try {
-    const AttachScope scope = attach(vm_, trace);
+    AttachScope scope = attach(vm_, trace);
+    scope.keep();
     return reply(IPCMessage::STATUS_SUCCESS, call(scope.env(), request.getMessageText()));
   } catch (const NYXException& exception) {
     return reply(IPCMessage::STATUS_EXCEPTION, exception.getMessage());

@@ -17,6 +17,9 @@ class AttachScope {
   // Not after detach().
   JNIEnv& env() const noexcept { return *env_; }
 
+  // A thread that serves a client stays attached after the scope, until it is about to block.
+  void keep() noexcept;
+
   // Before the end of the scope: a thread must not block while it is attached, since the machine would wait for it.
   void detach() noexcept;
 

@@ -1,5 +1,6 @@
 #include <tessel/IPCClientRunnable.h>
 
+#include <algorithm>
 #include <array>
 #include <exception>
 
@@ -11,6 +12,7 @@
 #include <tessel/Synchronize.h>
 
 #include "internal/Bundles.h"
+#include "internal/KeptOnThread.h"
 #include "internal/LastError.h"
 #include "internal/MethodTrace.h"
 #include "internal/pc/PipeName.h"
@@ -24,6 +26,11 @@ using internal::MethodTrace;
 const RasDescriptor IPCClientRunnable::rd("IPCClientRunnable", internal::kMessages);
 
 namespace {
+
+// How often the next request is looked for before the thread gives back what is kept on it: seldom after a client that
+// took its time.
+constexpr int kFewLooks = 4;
+constexpr int kManyLooks = 32;
 
 thread_local const std::string* servedHere = nullptr;
 
@@ -43,6 +50,9 @@ struct IPCClientRunnable::Buffer {
   std::array<unsigned char, IPCMessage::MAX_MESSAGE_DATA_LEN + internal::kReadAhead> bytes{};
   DWORD length = 0;
   bool replyLost = false;  // and reported
+  internal::KeptOnThread kept;
+  int looks = kFewLooks;
+  DWORD unread = 0;  // of the replies that the client may not have read yet, at most
 };
 
 IPCClientRunnable::IPCClientRunnable(const std::string& serviceName, void* pipeHandle, IPCListener& listener)
@@ -83,6 +93,7 @@ long IPCClientRunnable::run() {
   Buffer buffer;
   try {
     const long result = exchangeUntilEnd(buffer);
+    buffer.kept.release();
     flush(buffer);
     return trace.result(result);
   } catch (const std::exception& exception) {
@@ -104,12 +115,29 @@ long IPCClientRunnable::exchangeUntilEnd(Buffer& buffer) {
   return result;
 }
 
+// The thread never blocks in its read while something is kept on it.
+void IPCClientRunnable::lookForRequest(Buffer& buffer) const {
+  if (!buffer.kept.any()) return;
+  for (int i = 0; i < buffer.looks; ++i) {
+    DWORD available = 0;
+    if (!PeekNamedPipe(pipeHandle_, nullptr, 0, nullptr, &available, nullptr)) break;
+    if (available > 0) {
+      buffer.looks = kManyLooks;
+      return;
+    }
+    SwitchToThread();
+  }
+  buffer.looks = kFewLooks;
+  buffer.kept.release();
+}
+
 // A message longer than the buffer is reported and then answered from its beginning. The last error is cleared first:
 // a message of no bytes leaves no number, is reported once and ends the worker.
 bool IPCClientRunnable::read(Buffer& buffer, long& result) {
   const MethodTrace trace(rd, this, "read");
   buffer.bytes.fill(0);
   buffer.length = 0;
+  lookForRequest(buffer);
   setActivity(Activity::reading);
   SetLastError(NO_ERROR);
   const bool done =
@@ -147,9 +175,20 @@ void IPCClientRunnable::answer(Buffer& buffer) {
   buffer.length = static_cast<DWORD>(length);
 }
 
+// Nor does it in its write: a reply that may have no room in the pipe waits until the client has read the ones before.
+void IPCClientRunnable::makeRoom(Buffer& buffer) const {
+  constexpr DWORD kPipeSize = IPCMessage::MAX_MESSAGE_DATA_LEN;
+  if (buffer.kept.any() && buffer.unread + buffer.length > kPipeSize) {
+    buffer.kept.release();
+    if (FlushFileBuffers(pipeHandle_)) buffer.unread = 0;
+  }
+  buffer.unread = std::min(buffer.unread + buffer.length, kPipeSize);
+}
+
 bool IPCClientRunnable::write(Buffer& buffer, long& result) {
   const MethodTrace trace(rd, this, "write");
   setActivity(Activity::writing);
+  makeRoom(buffer);
   DWORD written = 0;
   SetLastError(NO_ERROR);
   const bool done = WriteFile(pipeHandle_, buffer.bytes.data(), buffer.length, &written, nullptr) != 0;
