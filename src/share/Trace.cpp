@@ -5,6 +5,7 @@
 #include <cstdarg>
 #include <iostream>
 #include <sstream>
+#include <utility>
 
 #include <tessel/FFDC.h>
 #include <tessel/Logger.h>
@@ -241,13 +242,14 @@ std::string Trace::unbalancedExit(MethodStack& stack, const std::string& methodN
   return "*** Missing Trace::Entry " + methodName + " *** ";
 }
 
+// In the memory of the name before.
 std::string Trace::getPrefixedClassName(const std::string& className) {
-  if (internal::containsByte(className, '.')) return className;
-  const std::string& prefix = internal::traceSpecNamePrefix();
-  std::string name;
-  name.reserve(prefix.size() + 1 + className.size());
-  name += prefix;
-  name += '.';
+  std::string name = std::move(lastClassName_);
+  name.clear();
+  if (!internal::containsByte(className, '.')) {
+    name += internal::traceSpecNamePrefix();
+    name += '.';
+  }
   name += className;
   return name;
 }
@@ -317,6 +319,7 @@ void Trace::publish(const RasDescriptor& descriptor, const void* object, const c
   record.setThreadId(NYXThread::getCurrentThreadId());
   if (Logger* logger = descriptor.logger_) {
     logger->log(record);
+    lastClassName_ = std::move(record.sourceClassName_);
     return;
   }
   std::ostringstream line;
