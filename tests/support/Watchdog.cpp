@@ -4,7 +4,7 @@
 #include <windows.h>
 
 #include <algorithm>
-#include <cstdlib>
+#include <csignal>
 #include <exception>
 #include <string>
 
@@ -21,6 +21,9 @@ struct Watch {
   std::string name;  // empty between tests
   Clock::time_point deadline = Clock::time_point::max();
   const int error = _dup(2);
+
+  // No child inherits it: what reads it would wait for the child's end.
+  Watch() { SetHandleInformation(reinterpret_cast<HANDLE>(_get_osfhandle(error)), HANDLE_FLAG_INHERIT, 0); }
 };
 
 Watch& watch() {
@@ -28,21 +31,32 @@ Watch& watch() {
   return instance;
 }
 
-// On standard error as it was before any test captured it.
+// On standard error as it was before any test captured it. At once: what hangs may hold a lock that an exit needs.
 [[noreturn]] void endWith(const std::string& text) {
   static_cast<void>(_write(watch().error, text.data(), static_cast<unsigned>(text.size())));
-  std::_Exit(3);
+  TerminateProcess(GetCurrentProcess(), 3);
+  for (;;) continue;
 }
 
+std::string runningTest() {
+  if (!TryAcquireSRWLockExclusive(&watch().lock)) return "a test";
+  std::string name = watch().name;
+  ReleaseSRWLockExclusive(&watch().lock);
+  return name.empty() ? "no test" : name;
+}
+
+// The library has a run-time of its own, whose exceptions are not seen from here.
+void endByAbort(int) { endWith("\nABORTED: " + runningTest() + '\n'); }
+
 [[noreturn]] void endByException() {
-  std::string text = "\nTERMINATED";
+  std::string text = "\nTERMINATED: " + runningTest();
   if (const std::exception_ptr exception = std::current_exception()) {
     try {
       std::rethrow_exception(exception);
     } catch (const std::exception& known) {
-      text += std::string(" by an exception: ") + known.what();
+      text += std::string(" let an exception out: ") + known.what();
     } catch (...) {
-      text += " by an unknown exception";
+      text += " let an unknown exception out";
     }
   }
   endWith(text + '\n');
@@ -90,6 +104,7 @@ void expect(const std::string& name, Clock::time_point deadline) {
 Watchdog::Watchdog() {
   watch();
   std::set_terminate(endByException);
+  std::signal(SIGABRT, endByAbort);
   CloseHandle(CreateThread(nullptr, 0, guardTests, nullptr, 0, nullptr));
 }
 

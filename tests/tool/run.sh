@@ -592,7 +592,7 @@ case_run_waits_for_a_grandchild_that_holds_the_streams() {
   wine "$folder/tesselctl.exe" run -- "$(child)" do-leave do-hold "$event line" </dev/null >"$work/lines" 2>"$work/err" &
   server=$!
   exec 6<"$work/lines"
-  read -r -t 60 line <&6 || true
+  read -r -t 60 line <&6 || { wait "$server" || code=$?; server=; fail "no line, exit code $code"; }
   equal "first line" "out: grandchild" "$line"
   timeout -k 5 60 wine "$(child)" do-set "$event" 6>&- || fail "the event"
   wait "$server" || code=$?

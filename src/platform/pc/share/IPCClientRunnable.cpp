@@ -175,12 +175,16 @@ void IPCClientRunnable::answer(Buffer& buffer) {
   buffer.length = static_cast<DWORD>(length);
 }
 
-// Nor does it in its write: a reply that may have no room in the pipe waits until the client has read the ones before.
+// Nor does it in its write: a reply that may have no room in the pipe waits until the client has read the ones before,
+// unless the client goes on sending: it may mean to read later. So a thread never keeps anything for longer than it
+// takes to fill the pipe with replies, however closely the requests follow each other.
 void IPCClientRunnable::makeRoom(Buffer& buffer) const {
   constexpr DWORD kPipeSize = IPCMessage::MAX_MESSAGE_DATA_LEN;
   if (buffer.kept.any() && buffer.unread + buffer.length > kPipeSize) {
     buffer.kept.release();
-    if (FlushFileBuffers(pipeHandle_)) buffer.unread = 0;
+    DWORD available = 0;
+    const bool sendsOn = PeekNamedPipe(pipeHandle_, nullptr, 0, nullptr, &available, nullptr) && available > 0;
+    if (!sendsOn && FlushFileBuffers(pipeHandle_)) buffer.unread = 0;
   }
   buffer.unread = std::min(buffer.unread + buffer.length, kPipeSize);
 }

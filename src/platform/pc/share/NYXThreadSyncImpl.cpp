@@ -76,11 +76,13 @@ class Queue {
   }
 
   bool anyoneWaitsForLong() const {
-    constexpr ULONGLONG kLong = 10;  // milliseconds
+    // Milliseconds; several steps of the system's counter. A thread that was terminated as it waited leaves its place.
+    constexpr ULONGLONG kLong = 50;
+    constexpr ULONGLONG kGone = 600'000;
     const ULONGLONG now = GetTickCount64();
     return std::any_of(since_.begin(), since_.end(), [now](const std::atomic<ULONGLONG>& place) {
       const ULONGLONG since = place.load(std::memory_order_relaxed);
-      return since != 0 && now >= since + kLong;
+      return since != 0 && now >= since + kLong && now < since + kGone;
     });
   }
 
@@ -173,10 +175,10 @@ struct NYXThreadSyncImpl::State {
   // Looks again after a slice of time: who leaves as the wait begins does not see that it does.
   bool enterWithin(ULONGLONG milliseconds) {
     constexpr ULONGLONG kSlice = 10;
-    letOthersIn();
+    const ULONGLONG begin = GetTickCount64();
+    if (milliseconds != 0) letOthersIn();
     if (tryEnter()) return true;
     const Queue::Place place(queue);
-    const ULONGLONG begin = GetTickCount64();
     const WaitersLock guard(waitersSection);
     ++timedWaiters;
     bool taken = tryEnter();
@@ -297,8 +299,9 @@ int NYXThreadSyncImpl::wait(long timeoutMillis) {
   if (result != WAIT_OBJECT_0 && result != WAIT_TIMEOUT) {
     throw failureOf(rd, this, "wait", "KTBNV0012_WAIT_FOR_EVENT_FAILED2", std::to_string(result));
   }
-  for (std::uint32_t i = 0; i < held; ++i) state_->enter();
+  state_->enter();
   state_->owner.set(self, held);
+  for (std::uint32_t i = 1; i < held; ++i) state_->enter();
   return result == WAIT_OBJECT_0 ? 0 : -1;
 }
 
