@@ -19,11 +19,7 @@ class Watchdog : public testing::EmptyTestEventListener {
   void OnTestEnd(const testing::TestInfo& info) override;
 };
 
-// Gives the running test another limit, counted from now. On the host only the limit of the whole program holds.
-#if defined(_WIN32)
+// Gives the running test another limit, counted from now.
 void setTestLimit(std::chrono::seconds limit);
-#else
-inline void setTestLimit(std::chrono::seconds) {}
-#endif
 
 }  // namespace tessel::test

@@ -29,7 +29,6 @@ const RasDescriptor IPCClientConnectionListener::rd("IPCClientConnectionListener
 
 namespace {
 
-constexpr DWORD kMaxMessage = IPCMessage::MAX_MESSAGE_DATA_LEN;
 constexpr unsigned long kWakeUpWait = 100;        // ms: the wake-up client waits no longer for a busy pipe
 constexpr unsigned kFailuresBeforePause = 3;      // failing accepts in a row
 constexpr long kPause = 100;                      // ms, ended by a stop
@@ -198,8 +197,8 @@ std::unique_ptr<IPCClientConnectionListener::Instance> IPCClientConnectionListen
   auto instance = std::make_unique<Instance>();
   instance->handle = internal::UniqueHandle(CreateNamedPipeA(
       internal::pipePath(serviceName_).c_str(), PIPE_ACCESS_DUPLEX | (first ? FILE_FLAG_FIRST_PIPE_INSTANCE : 0),
-      PIPE_TYPE_MESSAGE | PIPE_READMODE_MESSAGE | PIPE_WAIT, PIPE_UNLIMITED_INSTANCES, kMaxMessage, kMaxMessage, 0,
-      static_cast<SECURITY_ATTRIBUTES*>(securityAttributes)));
+      PIPE_TYPE_MESSAGE | PIPE_READMODE_MESSAGE | PIPE_WAIT, PIPE_UNLIMITED_INSTANCES, internal::kPipeSize,
+      internal::kPipeSize, 0, static_cast<SECURITY_ATTRIBUTES*>(securityAttributes)));
   if (instance->handle) return instance;
   const LastError failure;
   error = static_cast<long>(failure.number());

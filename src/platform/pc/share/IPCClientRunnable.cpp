@@ -179,14 +179,14 @@ void IPCClientRunnable::answer(Buffer& buffer) {
 // unless the client goes on sending: it may mean to read later. So a thread never keeps anything for longer than it
 // takes to fill the pipe with replies, however closely the requests follow each other.
 void IPCClientRunnable::makeRoom(Buffer& buffer) const {
-  constexpr DWORD kPipeSize = IPCMessage::MAX_MESSAGE_DATA_LEN;
+  using internal::kPipeSize;
   if (buffer.kept.any() && buffer.unread + buffer.length > kPipeSize) {
     buffer.kept.release();
     DWORD available = 0;
     const bool sendsOn = PeekNamedPipe(pipeHandle_, nullptr, 0, nullptr, &available, nullptr) && available > 0;
     if (!sendsOn && FlushFileBuffers(pipeHandle_)) buffer.unread = 0;
   }
-  buffer.unread = std::min(buffer.unread + buffer.length, kPipeSize);
+  buffer.unread = std::min<DWORD>(buffer.unread + buffer.length, kPipeSize);
 }
 
 bool IPCClientRunnable::write(Buffer& buffer, long& result) {
