@@ -116,7 +116,7 @@ class TESSEL_API Trace {
   std::string generateMethodDataIndent(unsigned long threadId);
   std::string generateMethodThrowingIndent(unsigned long threadId);
   static std::string unbalancedExit(MethodStack& stack, const std::string& methodName);
-  std::string getPrefixedClassName(const std::string& className);
+  static std::string getPrefixedClassName(const std::string& className);
   bool waitForLock();
   bool lockTrace();
   void unlockTrace();
@@ -126,7 +126,6 @@ class TESSEL_API Trace {
   bool inTrace_ = false;                // guarded by lock_
   MethodStacks* methodStacks_;          // guarded by lock_
   MethodStacks::node_type spareStack_;  // guarded by lock_; empty, or null
-  std::string lastClassName_;           // guarded by lock_; its memory is used again
   std::ostream* stream_;
 };
 

@@ -5,7 +5,6 @@
 #include <cstdarg>
 #include <iostream>
 #include <sstream>
-#include <utility>
 
 #include <tessel/FFDC.h>
 #include <tessel/Logger.h>
@@ -242,14 +241,13 @@ std::string Trace::unbalancedExit(MethodStack& stack, const std::string& methodN
   return "*** Missing Trace::Entry " + methodName + " *** ";
 }
 
-// In the memory of the name before.
 std::string Trace::getPrefixedClassName(const std::string& className) {
-  std::string name = std::move(lastClassName_);
-  name.clear();
-  if (!internal::containsByte(className, '.')) {
-    name += internal::traceSpecNamePrefix();
-    name += '.';
-  }
+  if (internal::containsByte(className, '.')) return className;
+  const std::string& prefix = internal::traceSpecNamePrefix();
+  std::string name;
+  name.reserve(prefix.size() + 1 + className.size());
+  name += prefix;
+  name += '.';
   name += className;
   return name;
 }
@@ -319,7 +317,6 @@ void Trace::publish(const RasDescriptor& descriptor, const void* object, const c
   record.setThreadId(NYXThread::getCurrentThreadId());
   if (Logger* logger = descriptor.logger_) {
     logger->log(record);
-    lastClassName_ = std::move(record.sourceClassName_);
     return;
   }
   std::ostringstream line;
