@@ -22,7 +22,7 @@ text() {
 
 # fails LANGUAGE LOCALE
 fails() {
-  local language=$1 locale=$2 line logged expected server service=languages-$$-$1
+  local language=$1 locale=$2 line logged expected server status=0 service=languages-$$-$1
   mkdir "$work/$language"
   mkfifo "$work/$language/ready" "$work/$language/input"
   LC_ALL=$locale wine "$folder/language_server.exe" "$service" "Z:$work/$language" none \
@@ -31,7 +31,8 @@ fails() {
   exec 8>"$work/$language/input"
   read -r -t 60 line <"$work/$language/ready" || die "$language: the server does not start"
   LC_ALL=$locale timeout 60 wine "$java" -cp "$jar;$work" Ask "$service" "$work/$language/java" </dev/null >"$work/$language/out" 2>&1 ||
-    { cat "$work/$language/out"; die "$language: the client failed"; }
+    status=$?
+  [ "$status" = 0 ] || { cat "$work/$language/out"; die "$language: the client ended with $status"; }
   # A line, not its end: services of Wine may hold the pipe open.
   echo >&8
   exec 8>&-

@@ -43,7 +43,7 @@ class LaunchedProcess : private ArgumentVector, public NYXProcessImpl {
   explicit LaunchedProcess(std::vector<std::string> words, const std::string& folder = std::string())
       : ArgumentVector(std::move(words)), NYXProcessImpl(count(), values(), folder) {}
 
-  // Wine fails about one launch in a thousand for a reason of its own, an internal error.
+  // Wine fails one launch in a thousand, by an internal error, where a system does not let addresses be fixed.
   void start() override {
     for (int triesLeft = 2;; --triesLeft) {
       try {

@@ -20,7 +20,7 @@ StartedChild::StartedChild(const std::string& body, const std::string& argument)
   STARTUPINFOA start{};
   start.cb = sizeof start;
   PROCESS_INFORMATION process{};
-  // Wine fails about one launch in a thousand for a reason of its own.
+  // Wine fails one launch in a thousand where a system does not let addresses be fixed.
   for (int triesLeft = 2;
        !CreateProcessA(nullptr, commandLine.data(), nullptr, nullptr, FALSE, 0, nullptr, nullptr, &start, &process);
        --triesLeft) {
