@@ -22,7 +22,8 @@ class RasDescriptor;
 
 namespace internal {
 class MethodTrace;
-}
+struct ThreadState;
+}  // namespace internal
 
 /// Method trace: entries, exits, data points and thrown exceptions of all threads, indented by call depth.
 ///
@@ -103,7 +104,7 @@ class TESSEL_API Trace {
 
   // An exit that could not be taken: its name is popped at the thread's next point.
   static void deferExit();
-  void popDeferredExits(unsigned long threadId);
+  void popDeferredExits(internal::ThreadState& thread);
 
   // The first five of `count` pointers to std::string.
   static void setArguments(LogRecord& record, int count, std::va_list list);
@@ -117,8 +118,8 @@ class TESSEL_API Trace {
   std::string generateMethodThrowingIndent(unsigned long threadId);
   static std::string unbalancedExit(MethodStack& stack, const std::string& methodName);
   static std::string getPrefixedClassName(const std::string& className);
-  bool waitForLock();
-  bool lockTrace();
+  bool waitForLock(internal::ThreadState& thread);
+  bool lockTrace(internal::ThreadState& thread);
   void unlockTrace();
   void publish(const RasDescriptor& descriptor, const void* object, const char* methodName, LogRecord& record);
 

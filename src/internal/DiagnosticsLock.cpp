@@ -4,22 +4,22 @@
 
 #include <atomic>
 
+#include "internal/ThreadState.h"
+
 namespace tessel::internal {
 namespace {
-
-thread_local unsigned marks = 0;
-thread_local unsigned silences = 0;
-thread_local unsigned filesEntered = 0;
 
 std::atomic<bool> javaProcess{false};
 
 }  // namespace
 
-NoBlockingTrace::NoBlockingTrace() noexcept : marks_(marks) { ++marks_; }
+NoBlockingTrace::NoBlockingTrace() noexcept : NoBlockingTrace(threadState()) {}
+
+NoBlockingTrace::NoBlockingTrace(ThreadState& thread) noexcept : marks_(thread.noBlockingTrace) { ++marks_; }
 
 NoBlockingTrace::~NoBlockingTrace() { --marks_; }
 
-bool NoBlockingTrace::active() noexcept { return marks != 0; }
+bool NoBlockingTrace::active(const ThreadState& thread) noexcept { return thread.noBlockingTrace != 0; }
 
 void setJavaProcess(bool is) noexcept { javaProcess = is; }
 
@@ -32,11 +32,11 @@ bool lockWithinLimit(NYXThreadSyncImpl& sync) {
   return true;
 }
 
-NoTraceInJava::NoTraceInJava() noexcept : marks_(silences) { ++marks_; }
+NoTraceInJava::NoTraceInJava() noexcept : marks_(threadState().noTraceInJava) { ++marks_; }
 
 NoTraceInJava::~NoTraceInJava() { --marks_; }
 
-bool NoTraceInJava::active() noexcept { return isJavaProcess() && silences != 0; }
+bool NoTraceInJava::active(const ThreadState& thread) noexcept { return isJavaProcess() && thread.noTraceInJava != 0; }
 
 DiagnosticsLock::DiagnosticsLock(NYXThreadSync& sync) : sync_(sync), taken_(true) { sync_.lock(); }
 
@@ -46,10 +46,14 @@ DiagnosticsLock::~DiagnosticsLock() {
   if (taken_) sync_.unlock();
 }
 
-InsideLogFile::InsideLogFile() noexcept : filesEntered_(filesEntered) { ++filesEntered_; }
+InsideLogFile::InsideLogFile() noexcept : InsideLogFile(threadState()) {}
+
+InsideLogFile::InsideLogFile(ThreadState& thread) noexcept : mark_(thread), filesEntered_(thread.insideLogFile) {
+  ++filesEntered_;
+}
 
 InsideLogFile::~InsideLogFile() { --filesEntered_; }
 
-bool InsideLogFile::active() noexcept { return filesEntered != 0; }
+bool InsideLogFile::active() noexcept { return threadState().insideLogFile != 0; }
 
 }  // namespace tessel::internal

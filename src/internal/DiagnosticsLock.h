@@ -8,17 +8,20 @@ class NYXThreadSyncImpl;
 
 namespace tessel::internal {
 
+struct ThreadState;
+
 // Marks that this thread must not block on the trace lock: it only tries it and drops the trace point when the
 // lock is taken. Without that rule a thread that publishes a trace record and needs one of the other locks would
 // meet, and never pass, a thread that holds that lock and traces.
 class NoBlockingTrace {
  public:
   NoBlockingTrace() noexcept;
+  explicit NoBlockingTrace(ThreadState& thread) noexcept;
   ~NoBlockingTrace();
   NoBlockingTrace(const NoBlockingTrace&) = delete;
   NoBlockingTrace& operator=(const NoBlockingTrace&) = delete;
 
-  static bool active() noexcept;
+  static bool active(const ThreadState& thread) noexcept;
 
  private:
   unsigned& marks_;  // the thread's own; looked up once, since that is not free
@@ -42,7 +45,7 @@ class NoTraceInJava {
   NoTraceInJava(const NoTraceInJava&) = delete;
   NoTraceInJava& operator=(const NoTraceInJava&) = delete;
 
-  static bool active() noexcept;
+  static bool active(const ThreadState& thread) noexcept;
 
  private:
   unsigned& marks_;
@@ -69,7 +72,8 @@ class DiagnosticsLock {
 
 // Marks that this thread is inside one of the log files: opening, rotating and securing it calls functions that
 // report failures. Captures and events that are raised meanwhile go to standard error. They could wait for the
-// capture lock, whose holder may be waiting for this very file, or write into the middle of a rotation.
+// capture lock, whose holder may be waiting for this very file, or write into the middle of a rotation. Nor does the
+// thread block on the trace lock.
 class InsideLogFile {
  public:
   InsideLogFile() noexcept;
@@ -80,6 +84,9 @@ class InsideLogFile {
   static bool active() noexcept;
 
  private:
+  explicit InsideLogFile(ThreadState& thread) noexcept;
+
+  const NoBlockingTrace mark_;
   unsigned& filesEntered_;
 };
 

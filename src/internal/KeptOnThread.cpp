@@ -2,22 +2,19 @@
 
 #include <utility>
 
+#include "internal/ThreadState.h"
+
 namespace tessel::internal {
-namespace {
 
-thread_local KeptOnThread* current = nullptr;
-
-}  // namespace
-
-KeptOnThread::KeptOnThread() noexcept : outer_(current) { current = this; }
+KeptOnThread::KeptOnThread() noexcept : outer_(threadState().kept) { threadState().kept = this; }
 
 KeptOnThread::~KeptOnThread() {
   release();
-  current = outer_;
+  threadState().kept = outer_;
 }
 
 bool KeptOnThread::keep(GiveBack way, void* object) noexcept {
-  KeptOnThread* const kept = current;
+  KeptOnThread* const kept = threadState().kept;
   if (!kept || kept->any()) return false;
   kept->giveBack_ = way;
   kept->object_ = object;

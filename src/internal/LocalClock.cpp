@@ -2,19 +2,14 @@
 
 #include <cstdio>
 #include <ctime>
-#include <limits>
 
 #include "internal/PlatformServices.h"
+#include "internal/ThreadState.h"
 
 namespace tessel::internal {
-namespace {
-
-thread_local LocalClock clock{std::numeric_limits<std::int64_t>::min(), {}, {}, {}};
-
-}  // namespace
 
 const LocalClock& localClock(std::int64_t secondsSinceEpoch) {
-  LocalClock& mine = clock;
+  LocalClock& mine = threadState().clock;
   if (mine.second == secondsSinceEpoch) return mine;
   const std::tm local = localTime(secondsSinceEpoch);
   // NOLINTBEGIN(cppcoreguidelines-pro-type-vararg): the layouts are given as C formats

@@ -3,14 +3,15 @@
 
 #include <array>
 #include <cstdint>
+#include <limits>
 
 namespace tessel::internal {
 
 struct LocalClock {
-  std::int64_t second;        // since the epoch
-  std::array<char, 32> time;  // HH:MM:SS
-  std::array<char, 48> date;  // DD/MM/YYYY
-  std::array<char, 64> zone;  // "???" when the system names none
+  std::int64_t second = std::numeric_limits<std::int64_t>::min();  // since the epoch
+  std::array<char, 32> time{};                                     // HH:MM:SS
+  std::array<char, 48> date{};                                     // DD/MM/YYYY
+  std::array<char, 64> zone{};                                     // "???" when the system names none
 };
 
 // Converted once for each second and thread: a conversion costs as much as writing half a line. The result is the

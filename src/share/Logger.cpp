@@ -14,6 +14,7 @@
 
 #include "internal/DiagnosticsLock.h"
 #include "internal/StandardStreams.h"
+#include "internal/ThreadState.h"
 
 namespace tessel {
 namespace {
@@ -33,9 +34,7 @@ struct Logger::Registry {
 class Logger::Publication {
  public:
   explicit Publication(std::shared_ptr<const Handlers> handlers)
-      : handlers_(std::move(handlers)), innermost_(current), outer_(innermost_) {
-    innermost_ = this;
-  }
+      : Publication(std::move(handlers), internal::threadState()) {}
   ~Publication() { innermost_ = outer_; }
   Publication(const Publication&) = delete;
   Publication& operator=(const Publication&) = delete;
@@ -55,11 +54,21 @@ class Logger::Publication {
   // this thread it is right now: the thread must not wait for itself.
   static unsigned drop(LogHandler& handler) {
     unsigned turns = 0;
-    for (Publication* p = current; p; p = p->outer_) turns += p->dropHere(handler);
+    for (auto* p = static_cast<Publication*>(internal::threadState().publication); p; p = p->outer_) {
+      turns += p->dropHere(handler);
+    }
     return turns;
   }
 
  private:
+  Publication(std::shared_ptr<const Handlers> handlers, internal::ThreadState& thread)
+      : handlers_(std::move(handlers)),
+        innermost_(thread.publication),
+        outer_(static_cast<Publication*>(innermost_)),
+        mark_(thread) {
+    innermost_ = this;
+  }
+
   static void publishTo(LogHandler& handler, LogRecord& record) {
     try {
       handler.publish(record);
@@ -77,17 +86,13 @@ class Logger::Publication {
     return (*handlers_)[turn_] == &handler ? 1 : 0;
   }
 
-  static thread_local Publication* current;
-
   const std::shared_ptr<const Handlers> handlers_;
   std::vector<LogHandler*> dropped_;
   std::size_t turn_ = 0;
-  Publication*& innermost_;  // the thread's own
+  void*& innermost_;  // the thread's own
   Publication* const outer_;
   const internal::NoBlockingTrace mark_;
 };
-
-thread_local Logger::Publication* Logger::Publication::current = nullptr;
 
 Logger::Registry& Logger::registry() {
   static Registry& instance = *new Registry;

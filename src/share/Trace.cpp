@@ -22,6 +22,7 @@
 #include "internal/ContainsByte.h"
 #include "internal/DiagnosticsLock.h"
 #include "internal/StandardStreams.h"
+#include "internal/ThreadState.h"
 #include "internal/TraceSwitch.h"
 
 namespace tessel {
@@ -31,9 +32,6 @@ const RasDescriptor rd("Trace", internal::kMessages);
 
 constexpr int kMaxArguments = 5;
 constexpr const char* kEmptyArgument = "\"\"";
-
-thread_local unsigned deferredExits = 0;
-thread_local bool waitRanOut = false;
 
 LogLevel logLevelOf(const TraceLevel& level) {
   switch (level.getValue()) {
@@ -48,10 +46,13 @@ LogLevel logLevelOf(const TraceLevel& level) {
 
 }  // namespace
 
-// Holds the trace lock for one trace point.
+// Holds the trace lock for one trace point, before which the exits that came to nothing are made up for.
 class Trace::Guard {
  public:
-  explicit Guard(Trace& trace) : trace_(trace), taken_(trace.lockTrace()) {}
+  // What fails in here, after the other constructor, gives the lock back.
+  explicit Guard(Trace& trace) : Guard(trace, internal::threadState()) {
+    if (taken_) trace_.popDeferredExits(thread_);
+  }
   ~Guard() {
     if (taken_) trace_.unlockTrace();
   }
@@ -61,8 +62,12 @@ class Trace::Guard {
   bool taken() const { return taken_; }
 
  private:
+  Guard(Trace& trace, internal::ThreadState& thread)
+      : trace_(trace), thread_(thread), taken_(trace.lockTrace(thread)) {}
+
   Trace& trace_;
-  bool taken_;
+  internal::ThreadState& thread_;
+  const bool taken_;
 };
 
 Trace::Trace() : lock_(new NYXThreadSyncImpl), methodStacks_(new MethodStacks), stream_(&std::cout) {}
@@ -118,16 +123,16 @@ void Trace::throwing(const RasDescriptor& descriptor, const void* object, const 
 }
 
 // A thread whose wait has run out only tries until it gets the lock again: one stall costs it one wait.
-bool Trace::waitForLock() {
+bool Trace::waitForLock(internal::ThreadState& thread) {
   if (!internal::isJavaProcess()) return internal::lockWithinLimit(*lock_);
-  const bool taken = waitRanOut ? lock_->tryLock() : internal::lockWithinLimit(*lock_);
-  waitRanOut = !taken;
+  const bool taken = thread.waitRanOut ? lock_->tryLock() : internal::lockWithinLimit(*lock_);
+  thread.waitRanOut = !taken;
   return taken;
 }
 
-bool Trace::lockTrace() {
-  if (internal::NoTraceInJava::active()) return false;
-  if (!(internal::NoBlockingTrace::active() ? lock_->tryLock() : waitForLock())) return false;
+bool Trace::lockTrace(internal::ThreadState& thread) {
+  if (internal::NoTraceInJava::active(thread)) return false;
+  if (!(internal::NoBlockingTrace::active(thread) ? lock_->tryLock() : waitForLock(thread))) return false;
   if (inTrace_) {
     lock_->unlock();
     return false;
@@ -151,7 +156,7 @@ void Trace::setArguments(LogRecord& record, int count, std::va_list list) {
 }
 
 void Trace::dropMethodStack() noexcept {
-  deferredExits = 0;
+  internal::threadState().deferredExits = 0;
   if (!internal::traceWasEverOn()) return;
   try {
     Trace& trace = getInstance();
@@ -161,12 +166,12 @@ void Trace::dropMethodStack() noexcept {
   }
 }
 
-void Trace::deferExit() { ++deferredExits; }
+void Trace::deferExit() { ++internal::threadState().deferredExits; }
 
-void Trace::popDeferredExits(unsigned long threadId) {
-  if (deferredExits == 0) return;
-  MethodStack* stack = getMethodStack(threadId);
-  for (; deferredExits > 0; --deferredExits) {
+void Trace::popDeferredExits(internal::ThreadState& thread) {
+  if (thread.deferredExits == 0) return;
+  MethodStack* stack = getMethodStack(NYXThread::getCurrentThreadId());
+  for (; thread.deferredExits > 0; --thread.deferredExits) {
     if (!stack->empty()) stack->pop();
   }
 }
@@ -258,7 +263,6 @@ bool Trace::traceMethodEntry(const RasDescriptor& descriptor, const void* object
   const Guard guard(*this);
   if (!guard.taken()) return false;
   const unsigned long threadId = NYXThread::getCurrentThreadId();
-  popDeferredExits(threadId);
   TraceEntryLogRecord record(LogLevel::FINE, generateMethodEntryIndent(threadId, methodName));
   std::va_list list;
   va_start(list, count);
@@ -273,7 +277,6 @@ bool Trace::traceMethodExit(const RasDescriptor& descriptor, const void* object,
   const Guard guard(*this);
   if (!guard.taken()) return false;
   const unsigned long threadId = NYXThread::getCurrentThreadId();
-  popDeferredExits(threadId);
   TraceExitLogRecord record(LogLevel::FINE, generateMethodExitIndent(threadId, methodName));
   std::string value = returnValue ? *returnValue : std::string();
   record.setArguments(returnValue ? 1 : 0, &value);
@@ -288,7 +291,6 @@ bool Trace::traceMethodData(const RasDescriptor& descriptor, const TraceLevel& l
   const Guard guard(*this);
   if (!guard.taken()) return false;
   const unsigned long threadId = NYXThread::getCurrentThreadId();
-  popDeferredExits(threadId);
   TraceDataLogRecord record(logLevelOf(level), generateMethodDataIndent(threadId));
   std::va_list list;
   va_start(list, count);
@@ -303,7 +305,6 @@ bool Trace::traceMethodThrowing(const RasDescriptor& descriptor, const void* obj
   const Guard guard(*this);
   if (!guard.taken()) return false;
   const unsigned long threadId = NYXThread::getCurrentThreadId();
-  popDeferredExits(threadId);
   TraceThrowingLogRecord record(LogLevel::FINE, generateMethodThrowingIndent(threadId));
   record.setThrown(thrown);
   publish(descriptor, object, methodName, record);

@@ -7,6 +7,7 @@
 #include <tessel/NYXThreadSyncImpl.h>
 #include <tessel/NYXUtils.h>
 #include <tessel/SecureFileHandler.h>
+#include <tessel/Synchronize.h>
 
 #include "internal/BuildLevel.h"
 #include "internal/Bundles.h"
@@ -56,7 +57,7 @@ void TraceFileLogHandler::publish(LogRecord& record) {
 // A record that the file's own trace points bring back to the holder of the lock is dropped.
 TraceFileLogHandler::Outcome TraceFileLogHandler::write(const LogRecord& record, std::string& reason) {
   const internal::InsideLogFile mark;
-  const internal::DiagnosticsLock guard(*sync_);
+  const Synchronize guard(sync_.get());
   if (busy_) return Outcome::nothingToReport;
   const internal::ScopedFlag busy(busy_);
   try {

@@ -15,6 +15,7 @@
 #include "internal/KeptOnThread.h"
 #include "internal/LastError.h"
 #include "internal/MethodTrace.h"
+#include "internal/ThreadState.h"
 #include "internal/pc/PipeName.h"
 #include "internal/pc/Platform.h"
 
@@ -32,13 +33,11 @@ namespace {
 constexpr int kFewLooks = 4;
 constexpr int kManyLooks = 32;
 
-thread_local const std::string* servedHere = nullptr;
-
 // Marks the calling thread as a worker of that service.
 class Serving {
  public:
-  explicit Serving(const std::string& serviceName) { servedHere = &serviceName; }
-  ~Serving() { servedHere = nullptr; }
+  explicit Serving(const std::string& serviceName) { internal::threadState().serviceName = &serviceName; }
+  ~Serving() { internal::threadState().serviceName = nullptr; }
   Serving(const Serving&) = delete;
   Serving& operator=(const Serving&) = delete;
 };
@@ -235,7 +234,10 @@ bool IPCClientRunnable::cancelAt(Activity activity, NYXThreadImpl& thread) {
   return true;
 }
 
-bool IPCClientRunnable::isServing(const std::string& serviceName) { return servedHere && *servedHere == serviceName; }
+bool IPCClientRunnable::isServing(const std::string& serviceName) {
+  const std::string* served = internal::threadState().serviceName;
+  return served && *served == serviceName;
+}
 
 bool IPCClientRunnable::isShutdownRequested() const {
   const Synchronize guard(sync_);
