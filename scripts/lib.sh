@@ -1,9 +1,13 @@
-# Shared by the scripts of this folder: source it, then the current folder is the top of the tree.
+# Shared by the scripts of this folder: source it first, since it may begin the script again; then the current folder is
+# the top of the tree.
 
 # Debian's Wine reserves no memory before it starts a program: at random addresses the heap of one process in a thousand
 # lies where Wine needs a page of its own, and that process ends with 1 and without a word. At fixed ones none does.
-fixed_addresses() { grep -qx '...[4-7c-f]....' /proc/self/personality; }
-if ! fixed_addresses && setarch -R true 2>/dev/null; then exec setarch -R "$BASH" "$0" "$@"; fi
+fixed_addresses() { grep -qsx '...[4-7c-f]....' /proc/self/personality; }
+if [ -z "${TESSEL_BEGUN_AGAIN:-}" ] && ! fixed_addresses && setarch -R true 2>/dev/null; then
+  export TESSEL_BEGUN_AGAIN=yes
+  exec setarch -R "$BASH" "$0" "$@"
+fi
 
 top=$(cd "$(dirname "${BASH_SOURCE[0]}")/.." && pwd)
 cd "$top"
