@@ -33,8 +33,8 @@ AttachScope attach(JavaVM* vm, const MethodTrace& trace) {
   }
 }
 
-// False when Java has thrown, or has no memory for the request or the reply.
-bool ask(JNIEnv& env, jobject server, jmethodID method, const std::string& request, std::string& reply) {
+// False when Java has thrown, or there is no memory for the request or the reply.
+bool ask(JNIEnv& env, jobject server, jmethodID method, const std::string& request, std::string& reply) try {
   const LocalRef<jbyteArray> text = internal::jni::newByteArray(env, request);
   if (!text) return false;
   const jobject returned = JNIEnvWrapper(&env).CallObjectMethod(server, method, text.get());
@@ -42,6 +42,8 @@ bool ask(JNIEnv& env, jobject server, jmethodID method, const std::string& reque
   const LocalRef<jbyteArray> answer(env, static_cast<jbyteArray>(returned));
   if (env.ExceptionCheck()) return false;
   return !answer || internal::jni::readBytes(env, answer.get(), IPCMessage::MAX_MESSAGE_TEXT_LEN, reply);
+} catch (const std::bad_alloc&) {
+  return false;
 }
 
 }  // namespace

@@ -1,6 +1,7 @@
 // The native methods of com.kelvo.tessel.ipc.impl.NativeIPCClient.
 #include <jni.h>
 
+#include <atomic>
 #include <cstdint>
 #include <memory>
 #include <mutex>
@@ -9,6 +10,7 @@
 #include <tessel/IPCNotAvailableForUserException.h>
 #include <tessel/IPCNotFoundException.h>
 #include <tessel/IPCTimeoutException.h>
+#include <tessel/NYXThread.h>
 
 #include "internal/Bundles.h"
 #include "internal/jni/ByteArrays.h"
@@ -53,12 +55,36 @@ struct OpenClient {
   OpenClient& operator=(const OpenClient&) = delete;
 
   IPCMessage ask(const IPCMessage& request, long timeout) {
-    const std::lock_guard guard(exchange);
+    const Exchange exchange(*this);
     return object->sendMessage(request, timeout);
   }
 
   const std::unique_ptr<IPCClient> object;
-  std::mutex exchange;  // one at a time; not a monitor, since each of those leaves a handle behind
+
+ private:
+  // One at a time. A Java log handler that is given the trace of a request and sends another one by the same client is
+  // refused: its thread would wait for itself. A mistake of the Java code, so the text is not translated.
+  class Exchange {
+   public:
+    explicit Exchange(OpenClient& client) : client_(client) {
+      const unsigned long self = NYXThread::getCurrentThreadId();
+      if (client_.thread_ == self) throw NYXException("the client is busy with a request of this thread");
+      client_.mutex_.lock();
+      client_.thread_ = self;
+    }
+    ~Exchange() {
+      client_.thread_ = 0;
+      client_.mutex_.unlock();
+    }
+    Exchange(const Exchange&) = delete;
+    Exchange& operator=(const Exchange&) = delete;
+
+   private:
+    OpenClient& client_;
+  };
+
+  std::mutex mutex_;  // not a monitor, since each of those leaves a handle behind
+  std::atomic<unsigned long> thread_{0};
 };
 
 using Clients = internal::jni::HandleTable<IPCClient, OpenClient>;

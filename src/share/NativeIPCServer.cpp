@@ -2,8 +2,10 @@
 #include <jni.h>
 
 #include <memory>
+#include <string>
 #include <utility>
 
+#include <tessel/IPCClientRunnable.h>
 #include <tessel/IPCServer.h>
 #include <tessel/JavaCallbackIPCListener.h>
 
@@ -25,9 +27,10 @@ constexpr internal::jni::ExceptionTable kExceptions{{}, "com/kelvo/tessel/ipc/IP
 
 // A server and what its threads need; they end in this order, the server first.
 struct OpenServer {
-  OpenServer(std::unique_ptr<JavaCallbackIPCListener> itsListener, std::unique_ptr<IPCServer> server)
-      : listener(std::move(itsListener)), object(std::move(server)) {}
+  OpenServer(std::string name, std::unique_ptr<JavaCallbackIPCListener> itsListener, std::unique_ptr<IPCServer> server)
+      : serviceName(std::move(name)), listener(std::move(itsListener)), object(std::move(server)) {}
 
+  const std::string serviceName;
   const internal::LibraryPin pin;
   const std::unique_ptr<JavaCallbackIPCListener> listener;
   const std::unique_ptr<IPCServer> object;
@@ -40,8 +43,17 @@ Servers& servers() {
   return instance;
 }
 
-// Waits for the requests in progress. A server that refuses, as on a thread that serves it, stays open.
+// On a thread that serves it the server refuses, and nothing has changed for any other thread meanwhile.
+bool refuses(jlong handle) {
+  const std::shared_ptr<OpenServer> server = servers().find(handle);
+  if (!IPCClientRunnable::isServing(server->serviceName)) return false;
+  server->object->disconnect();
+  return true;
+}
+
+// Waits for the requests in progress. A server that cannot be stopped stays open.
 void close(jlong handle) {
+  if (refuses(handle)) return;
   const std::shared_ptr<OpenServer> server = servers().take(handle);
   try {
     server->object->disconnect();
@@ -67,7 +79,7 @@ JNIEXPORT jlong JNICALL Java_com_kelvo_tessel_ipc_impl_NativeIPCServer_initializ
     internal::jni::offerLogDirectory(folder);
     auto listener = std::make_unique<JavaCallbackIPCListener>(env, object);
     IPCListener& answers = *listener;
-    const auto server = std::make_shared<OpenServer>(std::move(listener), servers().newObject([&] {
+    const auto server = std::make_shared<OpenServer>(service, std::move(listener), servers().newObject([&] {
       return IPCServer::newInstance(service, answers, maxConnections, group);
     }));
     server->object->connect();

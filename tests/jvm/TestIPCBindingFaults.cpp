@@ -295,6 +295,28 @@ TEST_F(CallbackFaults, ThatJavaReportsAreAnExceptionOfTheObject) {
   EXPECT_EQ(answerWith(env, "NewByteArray", Failure::silent), thrown);
 }
 
+// The reply's text, on the thread that serves the client.
+TEST_F(CallbackFaults, OfMemoryForAReplyAreAnswersAndTheServerGoesOn) {
+  constexpr std::size_t kLength = 1001;
+  const std::string name = uniqueService();
+  const JavaAnswers answers(
+      env, [](JNIEnv& threadsEnv, jbyteArray) { return newBytes(threadsEnv, std::string(kLength, 'a')); });
+  const jlong server = native::openServer(env, answers.object(), string(name), string("C:\\any"), string(""));
+  TestClient client(name);
+  std::atomic<bool> refused{false};
+  {
+    ImportHook<"malloc", void*(std::size_t)> hook;
+    hook.replaceWith([&](std::size_t size) -> void* {
+      return size == kLength + 1 && !refused.exchange(true) ? nullptr : hook.callOriginal(size);
+    });
+    EXPECT_EQ(shown(client.ask(7, "first")), shown(IPCMessage(7, 1, messageText("KTBNV0070_JAVA_EXCEPTION_THROWN"))));
+  }
+  EXPECT_TRUE(refused);
+  EXPECT_EQ(client.ask(8, "second").getMessageText(), std::string(kLength, 'a'));
+  client->disconnect();
+  native::closeServer(env, server);
+}
+
 TEST_F(CallbackFaults, OfAThreadThatTheMachineRefusesAreTracedAndAnswered) {
   const JavaDiagnostics diagnostics("=ALL");
   ClosedEnv closed;

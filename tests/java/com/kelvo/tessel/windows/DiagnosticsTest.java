@@ -127,6 +127,42 @@ class DiagnosticsTest {
   }
 
   @Test
+  void aLogHandlerThatUsesTheClientOfTheTracedRequestIsRefusedAndDoesNotHang() throws Exception {
+    AtomicReference<Thread> sender = new AtomicReference<>();
+    AtomicInteger reactions = new AtomicInteger();
+    AtomicInteger answered = new AtomicInteger();
+    AtomicInteger refused = new AtomicInteger();
+    try (Echo echo = new Echo();
+        NativeIPCClient client = echo.connect();
+        JavaLog log = new JavaLog("=ALL")) {
+      log.reactBy(
+          () -> {
+            if (Thread.currentThread() != sender.get()) {
+              return;
+            }
+            reactions.incrementAndGet();
+            try {
+              assertEquals("nested", Echo.ask(client, "nested"));
+              answered.incrementAndGet();
+            } catch (IPCException refusal) {
+              assertEquals("the client is busy with a request of this thread", refusal.getMessage());
+              refused.incrementAndGet();
+            }
+          });
+      Background<String> call =
+          new Background<>(
+              () -> {
+                sender.set(Thread.currentThread());
+                return Echo.ask(client, "outer");
+              });
+      assertEquals("outer", call.result());
+    }
+    assertTrue(answered.get() >= 2, "before and after the exchange");
+    assertTrue(refused.get() >= 2, "inside the exchange");
+    assertEquals(reactions.get(), answered.get() + refused.get());
+  }
+
+  @Test
   void aLogHandlerThatThrowsLeavesNativeCallsAsTheyAre() throws IOException {
     try (JavaLog log = new JavaLog("=ALL")) {
       log.reactBy(
