@@ -141,5 +141,28 @@ TEST_F(ProcessStopFaults, AHandleThatCannotBeClosedInsideAStopIsGivenUp) {
   EXPECT_EQ(process.waitForProcess(), 0);
 }
 
+// Everything is closed all the same, and nobody is told.
+TEST_F(ProcessStopFaults, HandlesThatCannotBeClosedDisturbNeitherStartNorInputNorEnd) {
+  const HandleBaseline handles;
+  {
+    LaunchedProcess process(child({"do-exit", "3"}));
+    CloseHook hook;
+    hook.replaceWith([&](HANDLE handle) {
+      hook.callOriginal(handle);
+      SetLastError(kRareError);
+      return FALSE;
+    });
+    process.start();
+    const unsigned closedByStart = hook.calls();
+    EXPECT_EQ(closedByStart, 2U);
+    process.closeInputStream();
+    EXPECT_EQ(hook.calls(), closedByStart + 1);
+    EXPECT_EQ(process.getInputStream(), nullptr);
+    EXPECT_EQ(process.waitForProcess(), 3);
+    EXPECT_EQ(hook.calls(), closedByStart + 2);
+  }
+  EXPECT_EQ(handles.growth(), 0);
+}
+
 }  // namespace
 }  // namespace tessel::test

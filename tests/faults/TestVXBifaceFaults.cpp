@@ -4,6 +4,7 @@
 #include <gtest/gtest.h>
 
 #include <memory>
+#include <utility>
 
 #include <tessel/NYXException.h>
 #include <tessel/VXBiface.h>
@@ -88,6 +89,26 @@ TEST_F(QueueManagerFaults, ALibraryThatCannotBeFreedIsReportedAndGivenUp) {
   EXPECT_EQ(thrownBy<NYXException>([&] { queues_->connect("x", &code, &code); }),
             messageText("KTBNV0156_ZXCONN_NOT_INITIALIZED"));
   EXPECT_NE(FreeLibrary(left), 0);
+}
+
+TEST_F(QueueManagerFaults, ALibraryThatCannotBeFreedDoesNotHideTheMissingEntryPoint) {
+  for (const auto& [name, key] : {std::pair("ZXCONN", "KTBNV0152_GETPROCADDRESS_ZXCONN_ERROR"),
+                                  std::pair("ZXDISC", "KTBNV0153_GETPROCADDRESS_ZXDISC_ERROR")}) {
+    ImportHook<"FreeLibrary", decltype(FreeLibrary)> hook;
+    hook.failOnce(ERROR_BUSY);
+    EXPECT_EQ(failureWithout(name), messageText(key, path_, kRareText));
+    EXPECT_EQ(hook.calls(), 1U);
+    EXPECT_NE(FreeLibrary(GetModuleHandleA("omni.dll")), 0);
+  }
+}
+
+TEST_F(QueueManagerFaults, ALibraryThatCannotBeFreedAtTheEndOfTheObjectIsGivenUp) {
+  queues_->initialize(productBeside("complete"));
+  ImportHook<"FreeLibrary", decltype(FreeLibrary)> hook;
+  hook.failOnce(kRareError);
+  queues_.reset();
+  EXPECT_EQ(hook.calls(), 1U);
+  EXPECT_NE(FreeLibrary(GetModuleHandleA("omni.dll")), 0);
 }
 
 }  // namespace

@@ -11,7 +11,8 @@
 
 namespace tessel::test {
 
-// An installation: "complete", "without-connect" or "without-disconnect". The root is that of the product beside it.
+// An installation: "complete", "with-dependency", "without-connect" or "without-disconnect". The root is that of the
+// product beside it.
 inline std::string productBeside(const std::string& variant) {
   return TESSEL_QUEUE_MANAGERS "/" + variant + "/product";
 }

@@ -198,6 +198,34 @@ TEST(ControllerExample, AStopEndsTheDelayOfARestart) {
             (Texts{kStarted, kKilled, "W There were 0 in 120 seconds: the next restart is in 86400 seconds", kEnds}));
 }
 
+TEST(ControllerExample, AStopEndsTheDelayOfARestartOfAProgramThatCannotBeFound) {
+  const TempFolder folder;
+  ControllerProcess controller(folder, "maxRestartCount=0\nmaxRestartDelay=86400\n", {"no-such-program"});
+  while (controller.events().size() < 2) SwitchToThread();
+  EXPECT_EQ(controller.endInput(), 0);
+  EXPECT_EQ(controller.events(),
+            (Texts{"E cannot find the program no-such-program",
+                   "W There were 0 in 120 seconds: the next restart is in 86400 seconds", kEnds}));
+}
+
+TEST(ControllerExample, WrongUsageAndPropertiesThatCannotBeReadEndItAtOnce) {
+  const TempFolder folder;
+  LaunchedProcess misused({TESSEL_CONTROLLER, "properties", "folder"});
+  Collector usage;
+  misused.registerErrorStreamListener(usage);
+  misused.start();
+  EXPECT_EQ(misused.waitForProcess(), 2);
+  EXPECT_EQ(usage.data(), "usage: controller PROPERTIES FOLDER PROGRAM [ARGUMENT...]\r\n");
+  const std::string missing = (folder.path() / "missing.properties").string();
+  LaunchedProcess without({TESSEL_CONTROLLER, NYXProcess::quoteArgument(missing),
+                           NYXProcess::quoteArgument((folder.path() / "work").string()), "program"});
+  Collector failure;
+  without.registerErrorStreamListener(failure);
+  without.start();
+  EXPECT_EQ(without.waitForProcess(), 1);
+  EXPECT_NE(failure.data().find(missing), std::string::npos) << failure.data();
+}
+
 TEST(ControllerExample, ASecondControllerOfAFolderDoesNotRun) {
   const TempFolder folder;
   ControllerProcess first(folder, "", child({"do-sleep"}));

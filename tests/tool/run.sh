@@ -490,6 +490,16 @@ case_qm_gives_up_a_connection_that_was_made_with_a_warning() {
   unset TESSEL_QM_LOG
 }
 
+case_qm_leaves_no_connection_behind_when_it_cannot_print() {
+  local code=0
+  export TESSEL_QM_LOG=Z:$work/calls
+  tesselctl qm QM.one --root "$(queue_managers complete)" >/dev/full 2>"$work/err" || code=$?
+  unset TESSEL_QM_LOG
+  equal "exit code" 1 "$code"
+  error_line "cannot write to standard output"
+  equal "calls" "ZXCONN ZXDISC " "$(tr -d '\r' <"$work/calls" | cut -d ' ' -f 1 | tr '\n' ' ')"
+}
+
 # The program of the tests of process launching.
 child() { printf 'Z:%s/process_child.exe' "$(cd "$folder" && pwd)"; }
 
@@ -510,6 +520,8 @@ case_run_looks_for_the_program_in_the_search_path() {
   export WINEPATH=Z:$work/path
   run 3 run -- other do-exit 3
   run 4 run -- OTHER.EXE do-exit 4
+  cp "$folder/process_child.exe" "$work/path/tool.v2.exe"
+  run 5 run -- tool.v2 do-exit 5
   unset WINEPATH
   run 1 run -- other do-exit 3
 }
@@ -534,6 +546,18 @@ case_run_forwards_its_input_byte_by_byte() {
 case_run_loses_nothing_of_much_output() {
   run 0 run -- "$(child)" do-write both 3000000
   equal "bytes" 6000000 "$(sed 's/^[a-z]*: //' "$work/out" | tr -d '\n' | wc -c)"
+}
+
+# 65536 bytes are the longest line.
+case_run_cuts_a_long_line_and_adds_no_empty_one() {
+  local length long
+  for length in 65535 65536 65537 131072; do
+    long=$(head -c "$length" /dev/zero | tr '\0' x)
+    printf '%s\n\nnext\n' "$long" >"$work/given"
+    run 0 run -- "$(child)" do-echo <"$work/given"
+    { fold -w 65536 <<<"$long"; printf '\nnext\n'; } | sed 's/^/out: /' >"$work/expected"
+    cmp "$work/expected" "$work/out" || fail "$length bytes"
+  done
 }
 
 case_run_starts_the_program_in_a_directory() {
@@ -570,6 +594,27 @@ case_run_stops_the_program_when_interrupted() {
   equal "exit code" 130 "$code"
   equal "last line" "out:  " "$(cat <&6)"
   exec 6<&-
+}
+
+# The example controller has the same way to end, with an event log besides.
+case_the_controller_stops_its_program_when_interrupted() {
+  local line= code=0
+  : >"$work/properties"
+  mkfifo "$work/lines" "$work/input"
+  wine "$folder/controller.exe" "$work/properties" "$work/control" "$(child)" do-sleep "$(printf 'ready\n')" \
+    <"$work/input" >"$work/lines" 2>"$work/err" &
+  server=$!
+  exec 7>"$work/input"
+  exec 6<"$work/lines"
+  read -r -t 60 line <&6 || true
+  equal "first line" "ready" "$line"
+  kill -INT "$server"
+  wait "$server" || code=$?
+  server=
+  exec 6<&- 7>&-
+  equal "exit code" 0 "$code"
+  grep -q 'I Stopped process [0-9]' "$work/control/event0.log" || fail "the event log has no stop"
+  grep -q 'I The controller ends' "$work/control/event0.log" || fail "the event log has no end"
 }
 
 case_run_ends_its_programs_input_when_its_own_pipe_ends() {

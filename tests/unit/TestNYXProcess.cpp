@@ -15,8 +15,10 @@
 
 #include "support/Handles.h"
 #include "support/LaunchedProcess.h"
+#include "support/Records.h"
 #include "support/TempFolder.h"
 #include "support/Thrown.h"
+#include "support/TraceScope.h"
 #include "support/Work.h"
 
 namespace tessel::test {
@@ -142,6 +144,16 @@ TEST(Process, AMissingProgramIsReportedWithLineNumberAndText) {
   LaunchedProcess process({"C:\\nowhere\\tool", "a b"});
   EXPECT_EQ(failureOf(process), refusal(R"("C:\nowhere\tool.exe" "a b")", ERROR_PATH_NOT_FOUND));
   EXPECT_EQ(process.getExitCode(), -1);
+}
+
+TEST(Process, AStartThatFailsIsTraced) {
+  const TraceScope trace("NYXProcessImpl=FLOW");
+  const RecordingHandler log("NYXProcessImpl");
+  LaunchedProcess process({"no-such-program"});
+  EXPECT_THROW(process.start(), NYXException);
+  const std::vector<Recorded> thrown = recordsOf(log, LogRecordType::THROWING);
+  ASSERT_EQ(thrown.size(), 1U);
+  EXPECT_EQ(thrown[0].methodName, "start");
 }
 
 TEST(Process, ExeIsAppendedUnlessTheNameEndsInExactlyThat) {

@@ -93,6 +93,16 @@ TEST(ProcessStreams, AChunkEndsAtItsFirstZeroByte) {
   EXPECT_EQ(output.chunks(), std::vector<std::size_t>{2});
 }
 
+TEST(ProcessStreams, AChunkThatBeginsWithAZeroByteIsAnEmptyText) {
+  LaunchedProcess process(child({"do-write-bytes", "006162"}));
+  Collector output;
+  process.registerOutputStreamListener(output);
+  process.start();
+  EXPECT_EQ(process.waitForProcess(), 0);
+  EXPECT_EQ(output.data(), "");
+  EXPECT_EQ(output.chunks(), std::vector<std::size_t>{0});
+}
+
 TEST(ProcessStreams, HundredThousandBytesComeInChunksOfAtMost65535) {
   LaunchedProcess process(child({"do-write", "out", "100000"}));
   Collector output;

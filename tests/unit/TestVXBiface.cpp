@@ -12,7 +12,9 @@
 #include "support/Handles.h"
 #include "support/PipePeers.h"
 #include "support/QueueManagers.h"
+#include "support/Records.h"
 #include "support/Thrown.h"
+#include "support/TraceScope.h"
 
 namespace tessel::test {
 namespace {
@@ -100,6 +102,30 @@ TEST_F(QueueManager, ALibraryWithoutDisconnectIsRefusedAndFreed) {
   EXPECT_FALSE(isLoaded());
   EXPECT_EQ(thrownBy<NYXException>([&] { queues_->connect("x", &completion_, &reason_); }),
             messageText("KTBNV0156_ZXCONN_NOT_INITIALIZED"));
+}
+
+TEST_F(QueueManager, EachFailureIsTraced) {
+  const TraceScope trace("VXBifaceImpl=FLOW");
+  const RecordingHandler log("VXBifaceImpl");
+  EXPECT_THROW(queues_->initialize(productBeside("nowhere")), NYXException);
+  EXPECT_THROW(queues_->connect("x", &completion_, &reason_), NYXException);
+  EXPECT_THROW(queues_->disconnect(&completion_, &reason_), NYXException);
+  std::vector<std::string> methods;
+  for (const Recorded& record : recordsOf(log, LogRecordType::THROWING)) methods.push_back(record.methodName);
+  EXPECT_THAT(methods, testing::ElementsAre("initialize", "connect", "disconnect"));
+}
+
+// As the operators' tool does before it loads the library.
+TEST_F(QueueManager, FindsWhatTheLibraryNeedsOnlyInTheExtendedSearchPath) {
+  const std::string path = NYXUtils::getenv("PATH");
+  EXPECT_EQ(
+      thrownBy<NYXException>([&] { queues_->initialize(productBeside("with-dependency")); }),
+      messageText("KTBNV0151_LOADLIBRARY_ERROR", libraryBeside("with-dependency"), systemText(ERROR_MOD_NOT_FOUND)));
+  NYXUtils::addBinDirToPath(productBeside("with-dependency"));
+  queues_->initialize(productBeside("with-dependency"));
+  queues_->connect("x", &completion_, &reason_);
+  EXPECT_EQ(completion_, 0);
+  NYXUtils::setenv("PATH", path);
 }
 
 TEST_F(QueueManager, TheLibraryIsNotLoadedASecondTime) {

@@ -58,12 +58,24 @@ int runProgram(const std::vector<std::string>& words) {
   return static_cast<int>(code);
 }
 
-// The case of a name does not matter to the system, but that of its end does to NYXProcess.
-std::string findProgram(const std::string& name) {
-  constexpr const char* kExtension = ".exe";
+namespace {
+
+constexpr const char* kExtension = ".exe";
+
+// The system adds the extension only to a name without any.
+std::string searchPath(const std::string& name) {
   constexpr DWORD kLongestPath = 32768;
   std::string path(kLongestPath, '\0');
   path.resize(SearchPathA(nullptr, name.c_str(), kExtension, kLongestPath, path.data(), nullptr));
+  return path;
+}
+
+}  // namespace
+
+// The case of a name does not matter to the system, but that of its end does to NYXProcess.
+std::string findProgram(const std::string& name) {
+  std::string path = searchPath(name);
+  if (path.empty()) path = searchPath(name + kExtension);
   if (path.empty()) throw std::runtime_error("cannot find the program '" + name + "' in the search path");
   const std::size_t end = path.size() < 4 ? 0 : path.size() - 4;
   if (lstrcmpiA(path.c_str() + end, kExtension) != 0) throw std::runtime_error("'" + path + "' is no .exe program");

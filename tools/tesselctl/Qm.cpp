@@ -48,13 +48,15 @@ int run(const Options& options) {
     printError(exception.getMessage());
     return kNotLoaded;
   }
-  Codes codes;
-  queues->connect(options.name, &codes.completion, &codes.reason);
-  codes.print("connect");
-  if (codes.failed()) return kNotConnected;
-  queues->disconnect(&codes.completion, &codes.reason);
-  codes.print("disconnect");
-  return codes.failed() ? kNotDisconnected : 0;
+  Codes connect;
+  Codes disconnect;
+  queues->connect(options.name, &connect.completion, &connect.reason);
+  if (!connect.failed()) queues->disconnect(&disconnect.completion, &disconnect.reason);
+  // Only now: where nothing can be printed no connection is left behind.
+  connect.print("connect");
+  if (connect.failed()) return kNotConnected;
+  disconnect.print("disconnect");
+  return disconnect.failed() ? kNotDisconnected : 0;
 }
 
 }  // namespace

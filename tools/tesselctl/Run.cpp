@@ -68,7 +68,7 @@ class Lines {
 };
 
 // Puts the name of the stream before each line. A line that has not ended is kept, up to a length that costs no memory
-// to speak of.
+// to speak of, and then cut.
 class LineCutter {
  public:
   explicit LineCutter(std::string prefix) : prefix_(std::move(prefix)) {}
@@ -77,21 +77,29 @@ class LineCutter {
   std::string add(std::string_view bytes) {
     constexpr std::size_t kLongestLine = 65536;
     std::string lines;
-    for (std::size_t end; (end = bytes.find('\n')) != std::string_view::npos; bytes.remove_prefix(end + 1)) {
-      lines += prefix_ + std::exchange(begun_, "");
-      lines += bytes.substr(0, end + 1);
+    while (!bytes.empty()) {
+      const std::size_t length = std::min(bytes.find('\n'), std::min(bytes.size(), kLongestLine - begun_.size()));
+      begun_ += bytes.substr(0, length);
+      bytes.remove_prefix(length);
+      const bool ended = bytes.starts_with('\n');
+      if (ended) bytes.remove_prefix(1);
+      const bool full = begun_.size() == kLongestLine;
+      // A line end right behind a cut is that of the line that was cut.
+      if (full || (ended && !(cut_ && begun_.empty()))) lines += line();
+      cut_ = full && !ended;
     }
-    begun_ += bytes;
-    if (begun_.size() >= kLongestLine) lines += rest();
     return lines;
   }
 
   // What the stream ended with, if it was no line end.
-  std::string rest() { return begun_.empty() ? "" : prefix_ + std::exchange(begun_, "") + '\n'; }
+  std::string rest() { return begun_.empty() ? "" : line(); }
 
  private:
+  std::string line() { return prefix_ + std::exchange(begun_, "") + '\n'; }
+
   std::string prefix_;
   std::string begun_;
+  bool cut_ = false;  // and nothing has come since
 };
 
 // How many bytes were read; nothing at the end. A pipe also answers a write of no bytes with none: it has ended only if

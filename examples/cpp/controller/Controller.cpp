@@ -30,7 +30,7 @@ Controller::Controller(std::vector<std::string> command, const tessel::NativePro
 
 bool Controller::run() {
   bool ended = true;
-  while (ended && runProgram()) ended = waitBeforeRestart() || wasStopped();
+  while (ended && !wasStopped() && runProgram()) ended = waitBeforeRestart() || wasStopped();
   forward_.waitForEnd(kDrainLimit);
   EventLog::infoNoFormat(rd, "The controller ends");
   return ended;

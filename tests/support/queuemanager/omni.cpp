@@ -5,7 +5,8 @@
 //   TESSEL_QM_DELAY                           milliseconds before each answer
 //   TESSEL_QM_LOG                             a file to which each call appends a line
 //
-// QM_WITHOUT_CONNECT and QM_WITHOUT_DISCONNECT leave an entry point out.
+// QM_WITHOUT_CONNECT and QM_WITHOUT_DISCONNECT leave an entry point out; QM_WITH_DEPENDENCY makes it need another
+// library.
 #include <windows.h>
 
 #include <cstdint>
@@ -13,6 +14,12 @@
 #include <cstdlib>
 #include <fstream>
 #include <string>
+
+#ifdef QM_WITH_DEPENDENCY
+extern "C" __declspec(dllimport) long omniNeeded();
+#else
+static long omniNeeded() { return 0; }
+#endif
 
 namespace {
 
@@ -34,7 +41,7 @@ void note(const std::string& line) {
   const std::string values = variable(codes);
   const std::size_t comma = values.find(',');
   *completionCode = std::strtol(values.c_str(), nullptr, 10);
-  *reason = comma == std::string::npos ? 0 : std::strtol(values.c_str() + comma + 1, nullptr, 10);
+  *reason = comma == std::string::npos ? omniNeeded() : std::strtol(values.c_str() + comma + 1, nullptr, 10);
 }
 
 }  // namespace
