@@ -6,11 +6,11 @@
 
 namespace tessel::internal {
 
-KeptOnThread::KeptOnThread() noexcept : outer_(threadState().kept) { threadState().kept = this; }
+KeptOnThread::KeptOnThread() noexcept : innermost_(threadState().kept), outer_(innermost_) { innermost_ = this; }
 
 KeptOnThread::~KeptOnThread() {
   release();
-  threadState().kept = outer_;
+  innermost_ = outer_;
 }
 
 bool KeptOnThread::keep(GiveBack way, void* object) noexcept {

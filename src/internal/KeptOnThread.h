@@ -23,6 +23,7 @@ class KeptOnThread {
   void release() noexcept;
 
  private:
+  KeptOnThread*& innermost_;  // the thread's own
   KeptOnThread* const outer_;
   GiveBack giveBack_ = nullptr;
   void* object_ = nullptr;

@@ -12,7 +12,6 @@
 
 #include "internal/Bundles.h"
 #include "internal/CatalogueFile.h"
-#include "internal/DiagnosticsLock.h"
 #include "internal/MethodTrace.h"
 #include "internal/PlatformServices.h"
 

@@ -145,7 +145,7 @@ bool SecureFileHandler::open(FileContent content, Failure& failure) {
 
 // A file that cannot be restricted does not stay open: no line goes to it, and the next line tries again.
 void SecureFileHandler::restrict(bool check) {
-  const internal::NoBlockingTrace mark;  // what is called here traces
+  const internal::InsideLogFile mark;  // what is called here traces, and may capture a failure
   try {
     NYXUtils::mkpriv(files_[0], canRead_, canRead_);
     if (check && !canRead_) NYXUtils::checkFilePermissions(files_[0]);

@@ -115,6 +115,18 @@ TEST(MethodTrace, EntryThatIsDroppedSendsNoExit) {
   EXPECT_EQ(Texts{}, traced.handler.messages());
 }
 
+TEST(MethodTrace, EntryInsideALogFileIsDroppedInsteadOfWaitedFor) {
+  const Traced traced("guard.File");
+  std::optional<MethodTrace> trace;
+  {
+    const BusyTrace busy;
+    const internal::InsideLogFile mark;
+    trace.emplace(traced.rd, nullptr, "m");
+  }
+  trace.reset();
+  EXPECT_EQ(Texts{}, traced.handler.messages());
+}
+
 TEST(MethodTrace, ExitThatIsDroppedIsPoppedAtTheNextPoint) {
   const Traced traced("guard.Deferred");
   std::optional<MethodTrace> trace(std::in_place, traced.rd, nullptr, "m");

@@ -68,7 +68,15 @@ long openHandles() {
 HandleBaseline::HandleBaseline() {
   EXPECT_THROW(IPCMessage(nullptr, 0), NYXException);
   const LogRecord record(LogLevel::INFO, LogRecordType::EVENT, "");
+  // Threads of the test before may still be on their way out.
+  constexpr int kQuiet = 3;
   before_ = openHandles();
+  for (int quiet = 0; quiet < kQuiet; ++quiet) {
+    Sleep(5);
+    const long now = openHandles();
+    if (now != before_) quiet = 0;
+    before_ = now;
+  }
 }
 
 }  // namespace tessel::test

@@ -36,6 +36,7 @@ constexpr int kCaptures = 300;
 constexpr int kRestarts = 100;
 // On a machine that has other things to do the locks pass from thread to thread slowly.
 constexpr std::chrono::seconds kLongest{8};
+constexpr std::chrono::seconds kLoad{10};
 
 // Threads that repeat their work until the object ends.
 class Busy {
@@ -85,12 +86,14 @@ void repeat(int rounds, const std::function<void(int)>& work) {
   for (int i = 0; i < rounds && std::chrono::steady_clock::now() < end; ++i) work(i);
 }
 
+// As often as the locks allow.
 void switchTrace() {
-  repeat(kSwitches, [](int i) {
+  const auto end = std::chrono::steady_clock::now() + kLoad;
+  for (int i = 0; std::chrono::steady_clock::now() < end; ++i) {
     RAS::setLevel(i % 2 == 0 ? "LoadClass=ALL" : "=FLOW");
     if (i % 5 == 0) RAS::setLevel("+EventLogHandler,SecureFileHandler,FFDC,NYXUtils");
     if (i % 7 == 0) RAS::setLevel("");
-  });
+  }
 }
 
 void runEverything(const Diagnostics& diagnostics) {
