@@ -18,6 +18,8 @@ namespace {
 using tessel::NYXUtils;
 
 constexpr const char* kLibrary = "tesselnative.dll";
+constexpr const char* kInstallJar =
+    "Install the product again. Java programs need the jar of the library's version; native ones do not.";
 
 struct Options {
   std::string logDirectory;
@@ -36,6 +38,14 @@ std::string joined(const std::vector<std::string>& names) {
   return list;
 }
 
+// Without the folder of the messages it is no product; then what is missing below it says nothing about the
+// installation.
+bool isProduct(const std::string& root) { return !root.empty() && isFolder(root + "/lib/messages"); }
+
+Finding notLookedAt(const std::string& subject) {
+  return {subject, "not looked at", "See the finding of the product root."};
+}
+
 Finding productRoot() {
   const std::string subject = "product root";
   const std::string root = NYXUtils::getKTBProdRoot();
@@ -45,6 +55,11 @@ Finding productRoot() {
   }
   if (!isFolder(root))
     return {subject, root + " is no folder", "Set KTB_PROD to the folder that the product is installed in."};
+  if (!isProduct(root)) {
+    return {
+        subject, root + " has no folder lib/messages",
+        "Set KTB_PROD to the folder that the product is installed in. If it is this one, install the product again."};
+  }
   if (productIsNamed()) return {subject, root, {}};
   return {subject, root + " is beside this tool, but the environment does not name it",
           "Set the environment variable KTB_PROD to it. Other programs do not find their messages without."};
@@ -59,10 +74,11 @@ std::vector<std::string> missing(const std::vector<std::string>& names) {
 }
 
 Finding currentCatalogue() {
+  const std::string subject = "messages for the locale " + userLocale();
+  if (!isProduct(NYXUtils::getKTBProdRoot())) return notLookedAt(subject);
   const std::string suffix = userCatalogueSuffix();
   const bool isWaitedFor = suffix != ".properties";
   const std::vector<std::string> names = catalogueNames(suffix);
-  const std::string subject = "messages for the locale " + userLocale();
   const std::vector<std::string> lost = missing(names);
   if (lost.empty()) return {subject, joined(names), {}};
   return {subject, "missing in " + catalogueFolder() + ": " + joined(lost),
@@ -71,12 +87,13 @@ Finding currentCatalogue() {
 }
 
 Finding allCatalogues() {
+  const std::string subject = "messages of all languages";
+  if (!isProduct(NYXUtils::getKTBProdRoot())) return notLookedAt(subject);
   std::vector<std::string> names;
   for (const std::string& suffix : tessel::internal::catalogueSuffixes()) {
     for (const std::string& name : catalogueNames(suffix)) names.push_back(name);
   }
   const std::vector<std::string> lost = missing(names);
-  const std::string subject = "messages of all languages";
   if (lost.empty()) return {subject, std::to_string(names.size()) + " files in " + catalogueFolder(), {}};
   return {
       subject, "missing in " + catalogueFolder() + ": " + joined(lost),
@@ -94,19 +111,34 @@ Finding library() {
           ". Install the product again, so that all of it is of one version."};
 }
 
-// By their names: the jar tells its version to nobody but Java.
+bool reads(std::istream& file, const std::string& wanted) {
+  std::string bytes(wanted.size(), '\0');
+  return file.read(bytes.data(), static_cast<std::streamsize>(bytes.size())) && bytes == wanted;
+}
+
+// Whether it begins as an archive does and ends in an archive's last record, which a file that was cut off has lost.
+bool isWholeArchive(const std::string& path) {
+  constexpr std::streamoff kLastRecord = 22;
+  std::ifstream file(path, std::ios::binary);
+  return reads(file, "PK\x03\x04") && file.seekg(-kLastRecord, std::ios::end) && reads(file, "PK\x05\x06");
+}
+
+// The version is that of the name: the jar tells its own to nobody but Java.
 Finding jar() {
-  const std::string folder = NYXUtils::getKTBProdRoot() + "/share/java/";
+  const std::string subject = "companion jar";
+  const std::string root = NYXUtils::getKTBProdRoot();
+  if (!isProduct(root)) return notLookedAt(subject);
+  const std::string folder = root + "/share/java/";
   const std::string name = "tessel-native-" TESSEL_VERSION ".jar";
   std::vector<std::string> others;
   for (const std::string& found : filesLike(folder + "tessel-native-*.jar")) {
-    if (found == name) return {"companion jar", folder + name, {}};
+    if (found == name && isWholeArchive(folder + name)) return {subject, folder + name, {}};
+    if (found == name) return {subject, folder + name + " is damaged", kInstallJar};
     if (found.find("-sources") == std::string::npos && found.find("-javadoc") == std::string::npos)
       others.push_back(found);
   }
-  return {"companion jar",
-          folder + name + " is missing" + (others.empty() ? std::string() : ", there is " + joined(others)),
-          "Install the product again. Java programs need the jar of the library's version; native ones do not."};
+  return {subject, folder + name + " is missing" + (others.empty() ? std::string() : ", there is " + joined(others)),
+          kInstallJar};
 }
 
 Finding java() {

@@ -80,12 +80,15 @@ case_msg_reports_what_it_does_not_know() {
   error_line "--search: a word is needed"
 }
 
+# whole_jar: the first bytes of an archive, and the record that ends an empty one.
+whole_jar() { printf 'PK\003\004PK\005\006'; head -c 18 /dev/zero; }
+
 # installed: a product as it is installed, in $work/product, with a Java in $work/java.
 installed() {
   rm -rf "$work/product" "$work/java"
   mkdir -p "$work/product/lib/messages" "$work/product/share/java" "$work/java/bin" "$work/logs"
   cp resources/messages/*.properties "$work/product/lib/messages/"
-  : >"$work/product/share/java/tessel-native-0.1.0.jar"
+  whole_jar >"$work/product/share/java/tessel-native-0.1.0.jar"
   : >"$work/java/bin/java.exe"
 }
 
@@ -148,6 +151,21 @@ case_doctor_names_a_jar_of_another_version() {
     "$work/out" || fail "the jar"
 }
 
+case_doctor_reports_a_damaged_jar() {
+  local jar=tessel-native-0.1.0.jar bytes
+  installed
+  for bytes in '' PK 'PK\003\004' 'PK\003\004 and no end of an archive' '<html>no archive at all</html>'; do
+    printf %b "$bytes" >"$work/product/share/java/$jar"
+    doctor 1 C "Z:$work/logs"
+    equal "the findings of a jar of '$bytes'" "WRONG companion jar: Z:$work/product/share/java/$jar is damaged
+      Install the product again. Java programs need the jar of the library's version; native ones do not." \
+      "$(grep -A 1 '^WRONG' "$work/out")"
+  done
+  { printf 'no archive'; whole_jar | tail -c 22; } >"$work/product/share/java/$jar"
+  doctor 1 C "Z:$work/logs"
+  contains out "WRONG companion jar: Z:$work/product/share/java/$jar is damaged"
+}
+
 # The tool finds the product of its build by itself; other programs would not.
 case_doctor_wants_the_product_root_in_the_environment() {
   run 1 doctor
@@ -165,10 +183,52 @@ case_doctor_reads_paths_in_the_code_page() {
   rm -r "$work/pröduct" "$work/lögs"
 }
 
+# without_product FINDING: of all that is wrong, only the finding of the product root says what to do.
+without_product() {
+  equal "the findings" "$1
+WRONG messages for the locale de-DE: not looked at
+      See the finding of the product root.
+WRONG messages of all languages: not looked at
+      See the finding of the product root.
+WRONG companion jar: not looked at
+      See the finding of the product root." "$(grep -A 1 '^WRONG' "$work/out" | grep -vx -e -- -e 'ok .*')"
+}
+
 case_doctor_reports_a_product_root_that_is_none() {
-  KTB_PROD=Z:$work/none run 1 doctor
-  equal "the root" "WRONG product root: Z:$work/none is no folder
-      Set KTB_PROD to the folder that the product is installed in." "$(head -n 2 "$work/out")"
+  installed
+  KTB_PROD=Z:$work/none JAVA_HOME=Z:$work/java LC_ALL=de_DE.UTF-8 run 1 doctor --log-dir "Z:$work/logs"
+  without_product "WRONG product root: Z:$work/none is no folder
+      Set KTB_PROD to the folder that the product is installed in."
+}
+
+case_doctor_reports_a_product_root_that_is_another_folder() {
+  installed
+  KTB_PROD=Z:$work/java JAVA_HOME=Z:$work/java LC_ALL=de_DE.UTF-8 run 1 doctor --log-dir "Z:$work/logs"
+  without_product "WRONG product root: Z:$work/java has no folder lib/messages
+      Set KTB_PROD to the folder that the product is installed in. If it is this one, install the product again."
+}
+
+case_doctor_reports_that_no_product_root_is_known() {
+  installed
+  mkdir -p "$work/alone/bin"
+  cp "$folder/tesselctl.exe" "$folder/tesselnative.dll" "$work/alone/bin/"
+  folder=$work/alone/bin JAVA_HOME=Z:$work/java LC_ALL=de_DE.UTF-8 run 1 doctor --log-dir "Z:$work/logs"
+  without_product "WRONG product root: not known
+      Set the environment variable KTB_PROD to the folder that the product is installed in."
+}
+
+case_doctor_finds_java_in_the_search_path() {
+  installed
+  WINEPATH=$(windows_path "$work/java/bin") JAVA_HOME='' KTB_PROD=Z:$work/product run 0 doctor --log-dir "Z:$work/logs"
+  contains out "ok    Java: $(windows_path "$work/java/bin")\\java.exe"
+}
+
+case_doctor_says_that_there_is_no_java() {
+  installed
+  WINEPATH=$(windows_path "$work/logs") JAVA_HOME='' KTB_PROD=Z:$work/product run 1 doctor --log-dir "Z:$work/logs"
+  equal "the findings" "WRONG Java: not found
+      Install Java 8 or later, and set JAVA_HOME or PATH. Native programs do not need it." \
+    "$(grep -A 1 '^WRONG' "$work/out")"
 }
 
 # A copy of what scripts/messages reads and writes.
