@@ -39,6 +39,7 @@ fails() {
   wait "$server" || die "$language: the server ended with $?"
   logged=$(sed -n 's/^.* LanguageServe E \(KTBNV0139E: .*\)\r$/\1/p' "$work/$language/event0.log")
   expected=$(text "$language")
+  [ -n "$expected" ] || die "$language: the catalogue has no text to expect"
   [ "${logged:0:${#expected}}" = "$expected" ] || die "$language: expected '$expected', logged '$logged'"
   [ ${#logged} -gt ${#expected} ] || die "$language: the text of the system is missing: $logged"
   iconv -f UTF-8 -t UTF-8 <<<"$logged" >/dev/null || die "$language: not UTF-8: $logged"
