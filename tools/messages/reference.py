@@ -8,6 +8,14 @@ from labels import LABELS
 
 FOLDER = catalogue.TOP / "docs" / "messages"
 KEY = re.compile(r'"(KTBNV\d{4}_[A-Z0-9_]+)"')
+# What the column of the class shows in the log.
+DESCRIPTOR = re.compile(r'\bRasDescriptor (?:\w+::)?rd\("([^"]+)"')
+# Sources that have no descriptor of their own, and the classes that they work for.
+WORKS_FOR = {
+    "Guard": ["NativeJNI", "com.kelvo.tessel.ipc.IPCClient", "com.kelvo.tessel.ipc.IPCServer"],
+    "NYXUtilsFileSecurity": ["NYXUtils"],
+    "WindowsACLs": ["NYXUtils"],
+}
 
 STYLE = """
 :root { color-scheme: light dark; font: 16px/1.5 system-ui, sans-serif; }
@@ -41,13 +49,26 @@ filter();
 """
 
 
-def places():
-    """For each key the classes whose sources use it."""
-    found = {}
+def sources():
+    """Name, text and classes of descriptors of each source."""
     for path in sorted((catalogue.TOP / "src").rglob("*.cpp")):
-        for key in KEY.findall(path.read_text("utf-8")):
-            found.setdefault(key, set()).add(path.stem)
-    return {key: sorted(stems) for key, stems in found.items()}
+        text = path.read_text("utf-8")
+        yield path.stem, text, DESCRIPTOR.findall(text)
+
+
+def places():
+    """For each key the classes that raise it, as the log names them."""
+    found = {}
+    for name, text, classes in sources():
+        for key in KEY.findall(text):
+            found.setdefault(key, set()).update(classes or WORKS_FOR.get(name, [name]))
+    return {key: sorted(classes) for key, classes in found.items()}
+
+
+def unknown_places():
+    """Key and place where that is no class of a descriptor, so that no operator meets it in a log."""
+    known = {name for _, _, classes in sources() for name in classes}
+    return [(key, place) for key, classes in sorted(places().items()) for place in classes if place not in known]
 
 
 def numbered(language):

@@ -266,6 +266,13 @@ resources/messages/KTBNVMessages_sv.properties: $made"
   check_finds 0 ""
 }
 
+case_the_reference_names_only_classes_that_a_log_shows() {
+  copied
+  mv "$work/tree/src/internal/jni/Guard.cpp" "$work/tree/src/internal/jni/Helper.cpp"
+  "$work/tree/scripts/messages"
+  check_finds 1 "KTBNV0178_NOT_IN_CODE_PAGE: raised in Helper, which is no descriptor's class"
+}
+
 case_the_reference_works_in_a_browser() {
   timeout -k 5 120 tests/tool/look_at_reference.py docs/messages >"$work/out" 2>"$work/err" || fail "the reference"
 }
