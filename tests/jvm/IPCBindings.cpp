@@ -74,9 +74,9 @@ jlong IPCBindingsTest::openClient(const std::string& service) {
   return native::openClient(env, texts[0], texts[1], texts[2]);
 }
 
-jlong IPCBindingsTest::openServer(jobject server, const std::string& service) {
+jlong IPCBindingsTest::openServer(jobject server, const std::string& service, jint maxConnections) {
   const LocalStrings texts(env, {service, folder(), ""});
-  return native::openServer(env, server, texts[0], texts[1], texts[2]);
+  return native::openServer(env, server, texts[0], texts[1], texts[2], maxConnections);
 }
 
 std::string IPCBindingsTest::askOn(JNIEnv& threadsEnv, jlong client, const std::string& text) {

@@ -62,7 +62,7 @@ class IPCBindingsTest : public JvmTest {
 
   // With a folder and a properties file that are there. No reference stays behind.
   jlong openClient(const std::string& service);
-  jlong openServer(jobject server, const std::string& service);
+  jlong openServer(jobject server, const std::string& service, jint maxConnections = -1);
 
   // The reply; what the request has thrown when it has.
   std::string ask(jlong client, const std::string& text) { return askOn(env, client, text); }

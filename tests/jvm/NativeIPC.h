@@ -18,12 +18,13 @@ namespace tessel::test::native {
 inline jlong openClient(JNIEnv& env, jstring serviceName, jstring directory, jstring propertiesFile) {
   return TESSEL_CLIENT(initialize)(&env, nullptr, serviceName, directory, propertiesFile);
 }
-inline jbyteArray sendMessage(JNIEnv& env, jobject client, jlong handle, jbyteArray request) {
-  return TESSEL_CLIENT(sendMessage)(&env, client, handle, request, -1);
+inline jbyteArray sendMessage(JNIEnv& env, jobject client, jlong handle, jbyteArray request, jint timeout = -1) {
+  return TESSEL_CLIENT(sendMessage)(&env, client, handle, request, timeout);
 }
 inline void closeClient(JNIEnv& env, jlong handle) { TESSEL_CLIENT(shutdown)(&env, nullptr, handle); }
-inline jlong openServer(JNIEnv& env, jobject server, jstring serviceName, jstring directory, jstring adminGroup) {
-  return TESSEL_SERVER(initialize)(&env, server, serviceName, directory, -1, adminGroup);
+inline jlong openServer(JNIEnv& env, jobject server, jstring serviceName, jstring directory, jstring adminGroup,
+                        jint maxConnections = -1) {
+  return TESSEL_SERVER(initialize)(&env, server, serviceName, directory, maxConnections, adminGroup);
 }
 inline void closeServer(JNIEnv& env, jlong handle) { TESSEL_SERVER(shutdown)(&env, nullptr, handle); }
 

@@ -10,6 +10,7 @@
 #include "jvm/IPCBindings.h"
 #include "jvm/JavaDiagnostics.h"
 #include "support/EchoListener.h"
+#include "support/EventRecorder.h"
 #include "support/FreshProcess.h"
 #include "support/Handles.h"
 #include "support/ImportHook.h"
@@ -256,6 +257,45 @@ TEST_P(IPCBindings, ANameThatCannotBeServedIsAnException) {
   EXPECT_EQ(thrown.find(kIPCException + "KTBNV00"), 0U) << thrown;
 }
 
+TEST_P(IPCBindings, AServerWithALimitOfOneDropsTheSecondClientAndReportsIt) {
+  const JavaAnswers answers(env, echo);
+  const std::string name = uniqueService();
+  const EventRecorder recorder;
+  const jlong server = openServer(answers.object(), name, 1);
+  const jlong first = openClient(name);
+  EXPECT_EQ(ask(first, "a"), "a");
+  {
+    RawClient second(name);
+    EXPECT_TRUE(second.isOpen());
+    EXPECT_EQ(second.read(), "");
+    EXPECT_EQ(second.error(), static_cast<DWORD>(ERROR_PIPE_NOT_CONNECTED));
+  }
+  EXPECT_EQ(ask(first, "b"), "b");
+  native::closeClient(env, first);
+  native::closeServer(env, server);
+  EXPECT_EQ(takeException(env), "");
+  EXPECT_EQ(recorder.errors(), Texts{messageText("KTBNV0090_MAX_CONNECTIONS_EXCEEDED", name, "1")});
+}
+
+TEST_P(IPCBindings, AServerWithALimitOfTwoDropsOnlyTheThirdClient) {
+  const JavaAnswers answers(env, echo);
+  const std::string name = uniqueService();
+  const EventRecorder recorder;
+  const jlong server = openServer(answers.object(), name, 2);
+  const jlong first = openClient(name);
+  const jlong second = openClient(name);
+  EXPECT_EQ(ask(first, "a"), "a");
+  EXPECT_EQ(ask(second, "b"), "b");
+  {
+    RawClient third(name);
+    EXPECT_EQ(third.read(), "");
+  }
+  for (const jlong client : {first, second}) native::closeClient(env, client);
+  native::closeServer(env, server);
+  EXPECT_EQ(takeException(env), "");
+  EXPECT_EQ(recorder.errors(), Texts{messageText("KTBNV0090_MAX_CONNECTIONS_EXCEEDED", name, "2")});
+}
+
 TEST_P(IPCBindings, APendingExceptionStays) {
   const jclass clazz = env.FindClass("java/io/IOException");
   env.ThrowNew(clazz, "mine");
@@ -301,6 +341,30 @@ TEST_F(IPCBindingsTrace, IsReachedByTheWholePrefixOnly) {
   EXPECT_EQ(tracedWith("=FLOW"), 2U);
   EXPECT_EQ(tracedWith(kClientClass + "=FLOW"), 0U);
   EXPECT_EQ(tracedWith(kPrefix + ".IPCClient=FLOW"), 0U);
+}
+
+TEST_F(IPCBindingsTrace, ShowsThatTheIntervalOfARequestIsThatOfJava) {
+  const JavaDiagnostics diagnostics(kPrefix + ".IPCClientImpl=MODERATE");
+  EchoListener listener;
+  const TestServer server(listener);
+  const jlong client = openClient(server.name());
+  const jbyteArray request = newBytes(env, "x");
+  // The entry and the first data point, since the ones that follow depend on when the reply comes.
+  const auto tracedWith = [&](jint interval) {
+    calls::take();
+    EXPECT_EQ(takeBytes(env, native::sendMessage(env, nullptr, client, request, interval)), "x");
+    Texts traced = tracedAs(kPrefix + ".IPCClientImpl", "sendMessage");
+    traced.resize(2);
+    return traced;
+  };
+  const std::string entry = "nativeMethodEntry, [IPCMessage id:0 status:0 text :x, ";
+  const std::string used = "nativeMethodData, [Timeout changed to , ";
+  EXPECT_EQ(tracedWith(250), (Texts{entry + "250])", used + "250])"}));
+  EXPECT_EQ(tracedWith(1), (Texts{entry + "1])", used + "1])"}));
+  EXPECT_EQ(tracedWith(-1), (Texts{entry + "-1])", used + "1])"}));
+  EXPECT_EQ(tracedWith(-7), (Texts{entry + "-7])", used + "1])"}));
+  env.DeleteLocalRef(request);
+  native::closeClient(env, client);
 }
 
 TEST(IPCBindingsLogDirectory, IsThatOfTheFirstCallerInTheProcess) {
