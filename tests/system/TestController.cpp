@@ -203,9 +203,8 @@ TEST(ControllerExample, AStopEndsTheDelayOfARestartOfAProgramThatCannotBeFound) 
   ControllerProcess controller(folder, "maxRestartCount=0\nmaxRestartDelay=86400\n", {"no-such-program"});
   while (controller.events().size() < 2) SwitchToThread();
   EXPECT_EQ(controller.endInput(), 0);
-  EXPECT_EQ(controller.events(),
-            (Texts{"E cannot find the program no-such-program",
-                   "W There were 0 in 120 seconds: the next restart is in 86400 seconds", kEnds}));
+  EXPECT_EQ(controller.events(), (Texts{"E cannot find the program no-such-program",
+                                        "W There were 0 in 120 seconds: the next restart is in 86400 seconds", kEnds}));
 }
 
 TEST(ControllerExample, WrongUsageAndPropertiesThatCannotBeReadEndItAtOnce) {
