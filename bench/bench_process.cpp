@@ -63,17 +63,21 @@ void require(bool done, const char* what) {
   if (!done) throw std::runtime_error(std::string(what) + " failed");
 }
 
-std::size_t ours(const char* task) {
+void run(const char* task, tessel::ProcessStreamReaderListener& output, tessel::ProcessStreamReaderListener& error) {
   std::string program = thisProgram();
   std::string argument = task;
   std::array<char*, 2> arguments{program.data(), argument.data()};
   tessel::NYXProcessImpl process(2, arguments.data());
-  Counter output;
-  Counter error;
   process.registerOutputStreamListener(output);
   process.registerErrorStreamListener(error);
   process.start();
   require(process.waitForProcess() == 0, "the child");
+}
+
+std::size_t ours(const char* task) {
+  Counter output;
+  Counter error;
+  run(task, output, error);
   return output.bytes() + error.bytes();
 }
 
@@ -186,14 +190,10 @@ class Watcher : public tessel::ProcessStreamReaderListener {
 
 // What 100 MB of output take while they flow.
 double megabytesWhileFlowing() {
-  std::string program = thisProgram();
-  std::string argument = kWriteMuch;
-  std::array<char*, 2> arguments{program.data(), argument.data()};
-  tessel::NYXProcessImpl process(2, arguments.data());
   Watcher output;
-  process.registerOutputStreamListener(output);
-  process.start();
-  require(process.waitForProcess() == 0 && output.bytes() == kMuch, "reading everything");
+  Counter error;
+  run(kWriteMuch, output, error);
+  require(output.bytes() == kMuch, "reading everything");
   return output.growth();
 }
 

@@ -8,6 +8,7 @@
 #include <tessel/FFDC.h>
 
 #include "faults/FileSecurityHooks.h"
+#include "support/CapturedOutput.h"
 #include "support/Diagnostics.h"
 #include "support/LogFolder.h"
 
@@ -93,6 +94,24 @@ TEST(LogFileAccess, ACaptureIsRestrictedBeforeItHoldsAnythingAndItsLinesEndAsWin
   const std::string bytes = bytesOf(Diagnostics::captureFolder() / namesIn(Diagnostics::captureFolder()).at(0));
   EXPECT_NE(bytes.find("\r\nClass:      " + longName + "\r\nMethod:     method1\r\n"), std::string::npos);
   EXPECT_TRUE(bytes.ends_with("\r\n[EOF]\r\n"));
+}
+
+// A capture in its folder is announced to the logs, and so to the very file that is being restricted.
+TEST(LogFileAccess, AFailureThatIsCapturedWhileALogIsRestrictedGoesToStandardError) {
+  const Diagnostics diagnostics;
+  const LogFolder folder;
+  const auto handler = folder.open({.limit = 1});
+  handler->publish("1");
+  CapturedOutput error(CapturedOutput::error);
+  ImportHook<"SetFileSecurityA", decltype(SetFileSecurityA)> hook;
+  hook.replaceWith([&](LPCSTR path, SECURITY_INFORMATION kind, PSECURITY_DESCRIPTOR descriptor) {
+    FFDC::capture("Class1", "method1", "probe", nullptr);
+    return hook.callOriginal(path, kind, descriptor);
+  });
+  handler->publish("2");
+  EXPECT_EQ(hook.calls(), 1U);
+  EXPECT_NE(error.text().find("Class:      Class1"), std::string::npos);
+  EXPECT_TRUE(Diagnostics::captures().empty());
 }
 
 }  // namespace

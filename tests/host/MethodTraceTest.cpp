@@ -103,28 +103,26 @@ TEST(MethodTrace, FailureIsTracedAndTheExitToo) {
             traced.handler.messages());
 }
 
-TEST(MethodTrace, EntryThatIsDroppedSendsNoExit) {
+// What a method sends whose entry meets a busy trace while the thread is marked.
+template <class Mark>
+Texts sentAfterEntryWith() {
   const Traced traced("guard.Dropped");
   std::optional<MethodTrace> trace;
   {
     const BusyTrace busy;
-    const internal::NoBlockingTrace mark;
+    const Mark mark;
     trace.emplace(traced.rd, nullptr, "m");
   }
   trace.reset();
-  EXPECT_EQ(Texts{}, traced.handler.messages());
+  return traced.handler.messages();
+}
+
+TEST(MethodTrace, EntryThatIsDroppedSendsNoExit) {
+  EXPECT_EQ(Texts{}, sentAfterEntryWith<internal::NoBlockingTrace>());
 }
 
 TEST(MethodTrace, EntryInsideALogFileIsDroppedInsteadOfWaitedFor) {
-  const Traced traced("guard.File");
-  std::optional<MethodTrace> trace;
-  {
-    const BusyTrace busy;
-    const internal::InsideLogFile mark;
-    trace.emplace(traced.rd, nullptr, "m");
-  }
-  trace.reset();
-  EXPECT_EQ(Texts{}, traced.handler.messages());
+  EXPECT_EQ(Texts{}, sentAfterEntryWith<internal::InsideLogFile>());
 }
 
 TEST(MethodTrace, ExitThatIsDroppedIsPoppedAtTheNextPoint) {

@@ -4,8 +4,14 @@
 #include <functional>
 #include <future>
 #include <thread>
+#include <utility>
 
 #include <windows.h>
+
+#include <tessel/LogHandler.h>
+#include <tessel/LogRecord.h>
+#include <tessel/Logger.h>
+#include <tessel/RAS.h>
 
 #include "jvm/IPCBindings.h"
 #include "jvm/JavaDiagnostics.h"
@@ -48,6 +54,26 @@ class IPCBindingHandles : public IPCBindingsTest, public testing::WithParamInter
   }
 
   const JavaDiagnostics diagnostics{GetParam() ? "=ALL" : ""};
+};
+
+// Acts in the moment in which a server refuses to be closed, for as long as it lives.
+class AtRefusal : public LogHandler {
+ public:
+  explicit AtRefusal(std::function<void()> action) : LogHandler(LogLevel::ALL), action_(std::move(action)) {
+    logger_.addHandler(*this);
+  }
+  ~AtRefusal() override { logger_.removeHandler(*this); }
+  AtRefusal(const AtRefusal&) = delete;
+  AtRefusal& operator=(const AtRefusal&) = delete;
+
+  void publish(LogRecord& record) override {
+    if (record.getType() == LogRecordType::THROWING && record.getSourceMethodName() == "disconnectUnlessServing")
+      action_();
+  }
+
+ private:
+  Logger& logger_ = *Logger::getLogger("IPCServerImpl");
+  const std::function<void()> action_;
 };
 
 INSTANTIATE_TEST_SUITE_P(Trace, IPCBindingHandles, testing::Bool(),
@@ -250,6 +276,29 @@ TEST_P(IPCBindingHandles, AServerIsNotClosedFromInsideAndServesOn) {
   EXPECT_EQ(closingServer(server), kNotOpen);
   EXPECT_EQ(openClient(name), 0);
   EXPECT_EQ(takeException(env).find("com.kelvo.tessel.ipc.IPCNotFoundException: "), 0U);
+}
+
+// Whoever closes it in that moment must not be told that there is no such server.
+TEST_P(IPCBindingHandles, AServerThatRefusesToBeClosedIsOpenAllTheWhile) {
+  const std::string name = uniqueService();
+  std::atomic<jlong> server{0};
+  std::string meanwhile;
+  const JavaAnswers answers(env, [&](JNIEnv& threadsEnv, jbyteArray) {
+    const AtRefusal reaction([&] {
+      native::closeServer(threadsEnv, server);
+      meanwhile = takeException(threadsEnv);
+    });
+    native::closeServer(threadsEnv, server);
+    return newBytes(threadsEnv, takeException(threadsEnv));
+  });
+  server = openServer(answers.object(), name);
+  RAS::setLevel(kPrefix + ".IPCServerImpl=FLOW");
+  const jlong client = openClient(name);
+  const std::string refusal = kIPCException + "IPCServerImpl::disconnect called from within onMessage";
+  EXPECT_EQ(ask(client, "a"), refusal);
+  EXPECT_EQ(meanwhile, refusal);
+  EXPECT_EQ(closingClient(client), "");
+  EXPECT_EQ(closingServer(server), "");
 }
 
 TEST_P(IPCBindingHandles, AServerThatIsClosedDuringARequestWaitsForItsReply) {

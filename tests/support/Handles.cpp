@@ -71,10 +71,10 @@ HandleBaseline::HandleBaseline() {
   // Threads of the test before may still be on their way out.
   constexpr int kQuiet = 3;
   before_ = openHandles();
-  for (int quiet = 0; quiet < kQuiet; ++quiet) {
+  for (int quiet = 0; quiet < kQuiet;) {
     Sleep(5);
     const long now = openHandles();
-    if (now != before_) quiet = 0;
+    quiet = now == before_ ? quiet + 1 : 0;
     before_ = now;
   }
 }

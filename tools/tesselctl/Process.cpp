@@ -36,6 +36,16 @@ UniqueHandle start(const std::vector<std::string>& words) {
   return UniqueHandle(process.hProcess);
 }
 
+constexpr const char* kExtension = ".exe";
+
+// The system adds the extension only to a name without any.
+std::string searchPath(const std::string& name) {
+  constexpr DWORD kLongestPath = 32768;
+  std::string path(kLongestPath, '\0');
+  path.resize(SearchPathA(nullptr, name.c_str(), kExtension, kLongestPath, path.data(), nullptr));
+  return path;
+}
+
 }  // namespace
 
 std::string commandLine(const std::vector<std::string>& words) {
@@ -57,20 +67,6 @@ int runProgram(const std::vector<std::string>& words) {
   GetExitCodeProcess(process.get(), &code);
   return static_cast<int>(code);
 }
-
-namespace {
-
-constexpr const char* kExtension = ".exe";
-
-// The system adds the extension only to a name without any.
-std::string searchPath(const std::string& name) {
-  constexpr DWORD kLongestPath = 32768;
-  std::string path(kLongestPath, '\0');
-  path.resize(SearchPathA(nullptr, name.c_str(), kExtension, kLongestPath, path.data(), nullptr));
-  return path;
-}
-
-}  // namespace
 
 // The case of a name does not matter to the system, but that of its end does to NYXProcess.
 std::string findProgram(const std::string& name) {
