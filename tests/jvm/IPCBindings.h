@@ -7,6 +7,7 @@
 
 #include "jvm/Jvm.h"
 #include "jvm/NativeIPC.h"
+#include "support/Diagnostics.h"
 #include "support/PipePeers.h"
 #include "support/TempFolder.h"
 
@@ -54,6 +55,8 @@ class AttachedThread {
 
 class IPCBindingsTest : public JvmTest {
  protected:
+  // The directory that the native methods pass on would otherwise become that of the captures of all tests.
+  IPCBindingsTest() { logDirectory(); }
   ~IPCBindingsTest() override;
 
   jstring string(const std::string& modifiedUtf8) {

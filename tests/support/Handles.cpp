@@ -7,6 +7,7 @@
 
 #include <algorithm>
 #include <cstddef>
+#include <iterator>
 #include <stdexcept>
 #include <vector>
 
@@ -36,15 +37,24 @@ struct HandleTable {
   HandleEntry entries[1];
 };
 
-using Query = NTSTATUS(NTAPI*)(int, void*, ULONG, ULONG*);
+struct EventState {
+  LONG type;
+  LONG signalled;
+};
 
-Query findQuery() {
+constexpr LONG kAutoReset = 1;
+
+using QueryTable = NTSTATUS(NTAPI*)(int, void*, ULONG, ULONG*);
+using QueryEvent = NTSTATUS(NTAPI*)(HANDLE, int, void*, ULONG, ULONG*);
+
+template <class Function>
+Function findSystemCall(const char* name) {
   const HMODULE ntdll = GetModuleHandleA("ntdll.dll");
-  return reinterpret_cast<Query>(reinterpret_cast<void*>(GetProcAddress(ntdll, "NtQuerySystemInformation")));
+  return reinterpret_cast<Function>(reinterpret_cast<void*>(GetProcAddress(ntdll, name)));
 }
 
 std::vector<std::max_align_t> readTable() {
-  static const Query query = findQuery();
+  static const auto query = findSystemCall<QueryTable>("NtQuerySystemInformation");
   std::vector<std::max_align_t> buffer(4096);
   for (;;) {
     const auto size = static_cast<ULONG>(buffer.size() * sizeof buffer[0]);
@@ -55,14 +65,29 @@ std::vector<std::max_align_t> readTable() {
   }
 }
 
-}  // namespace
-
-long openHandles() {
+std::vector<HandleEntry> ownHandles() {
   const std::vector<std::max_align_t> buffer = readTable();
   const auto* table = reinterpret_cast<const HandleTable*>(buffer.data());
   const auto self = static_cast<USHORT>(GetCurrentProcessId());
-  return static_cast<long>(std::count_if(table->entries, table->entries + table->count,
-                                         [self](const HandleEntry& entry) { return entry.processId == self; }));
+  std::vector<HandleEntry> own;
+  std::copy_if(table->entries, table->entries + table->count, std::back_inserter(own),
+               [self](const HandleEntry& entry) { return entry.processId == self; });
+  return own;
+}
+
+// Anything but an event is not: the call says that it is of another type.
+bool isAutoResetEvent(const HandleEntry& entry) {
+  static const auto query = findSystemCall<QueryEvent>("NtQueryEvent");
+  EventState state{};
+  const auto handle = reinterpret_cast<HANDLE>(static_cast<ULONG_PTR>(entry.value));
+  return query(handle, 0, &state, sizeof state, nullptr) >= 0 && state.type == kAutoReset;
+}
+
+}  // namespace
+
+HandleBaseline::Count HandleBaseline::count() {
+  const std::vector<HandleEntry> own = ownHandles();
+  return {static_cast<long>(own.size()), static_cast<long>(std::count_if(own.begin(), own.end(), isAutoResetEvent))};
 }
 
 HandleBaseline::HandleBaseline() {
@@ -70,10 +95,10 @@ HandleBaseline::HandleBaseline() {
   const LogRecord record(LogLevel::INFO, LogRecordType::EVENT, "");
   // Threads of the test before may still be on their way out.
   constexpr int kQuiet = 3;
-  before_ = openHandles();
+  before_ = count();
   for (int quiet = 0; quiet < kQuiet;) {
     Sleep(5);
-    const long now = openHandles();
+    const Count now = count();
     quiet = now == before_ ? quiet + 1 : 0;
     before_ = now;
   }

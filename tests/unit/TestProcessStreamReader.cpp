@@ -223,12 +223,14 @@ TEST(ProcessStreamReaders, TheEndOfTheObjectEndsAReaderThatWaitsForOutput) {
 
 TEST(ProcessStreamReaders, TheEndOfAnObjectThatWasNeverStartedEndsItsReaders) {
   Collector output;
-  const HandleBaseline handles;
-  {
+  const auto makeAndEnd = [&] {
     LaunchedProcess process(child({"do-exit", "0"}));
     process.registerOutputStreamListener(output);
     process.registerErrorStreamListener(output);
-  }
+  };
+  makeAndEnd();  // what is made once in the process exists now
+  const HandleBaseline handles;
+  makeAndEnd();
   EXPECT_EQ(handles.growth(), 2);  // the threads' handles
 }
 
