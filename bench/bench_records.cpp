@@ -32,17 +32,23 @@ const tessel::RasDescriptor quiet("BenchQuiet", "com.kelvo.tessel.nativ.common.K
 
 volatile bool sink = false;
 
-// One record of a method with an argument; the name is popped by the exit, which is the second one.
-void record() {
-  static thread_local bool entered = false;
-  static const std::string argument = "argument";
-  entered = !entered;
-  if (entered) {
-    tessel::Trace::entry(traced, &traced, "method", argument);
-  } else {
-    tessel::Trace::exit(traced, &traced, "method", argument, "string");
+// One record a call, of a method with an argument; the name is popped by the exit, which is the second one. Each thread
+// calls its own.
+class Record {
+ public:
+  void operator()() {
+    entered_ = !entered_;
+    if (entered_) {
+      tessel::Trace::entry(traced, &traced, "method", argument_);
+    } else {
+      tessel::Trace::exit(traced, &traced, "method", argument_, "string");
+    }
   }
-}
+
+ private:
+  const std::string argument_ = "argument";
+  bool entered_ = false;
+};
 
 void event() { tessel::EventLog::infoNoFormat(traced, "KTBNV0000I: An event of the usual length about 'something'."); }
 
@@ -52,7 +58,7 @@ double perCall(int threads, Work work) {
   const double start = bench::now();
   std::vector<std::thread> running;
   for (int i = 0; i < threads; ++i) {
-    running.emplace_back([&work] {
+    running.emplace_back([work]() mutable {
       for (int n = 0; n < kPerThread; ++n) work();
     });
   }
@@ -91,6 +97,7 @@ std::string lineLike(const std::filesystem::path& file) {
 }
 
 void compareRecords(const std::filesystem::path& folder, spdlog::logger& logger, double javaTime) {
+  Record record;
   record();
   record();
   PlainFile plain(folder / "plain.log", lineLike(folder / "trace0.log"));
@@ -104,8 +111,8 @@ void compareRecords(const std::filesystem::path& folder, spdlog::logger& logger,
   bench::printTimes("enabled trace record to a rotating file",
                     bench::medians([&] { return bench::timeOf(record, records); }, [&] { return javaTime; }),
                     "java.util.logging's FileHandler in a warm Java virtual machine", 0.5);
-  const auto one = [] { return perCall(1, record); };
-  const auto four = [] { return perCall(kThreads, record); };
+  const auto one = [] { return perCall(1, Record()); };
+  const auto four = [] { return perCall(kThreads, Record()); };
   bench::printTimes("trace record from four threads, per record", bench::medians(four, one), "one thread", 1.5);
   const auto fourLog = [&log] { return perCall(kThreads, log); };
   bench::printTimes("trace record from four threads, per record", bench::medians(four, fourLog), "spdlog", 1);

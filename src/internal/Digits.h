@@ -9,9 +9,17 @@ namespace tessel::internal {
 
 template <std::size_t Width>
 void appendHex(std::string& text, std::uint64_t value, const char* digits = "0123456789abcdef") {
-  std::array<char, Width> shown{};
-  for (std::size_t i = Width; i-- > 0; value >>= 4) shown[i] = digits[value & 0xF];
-  text.append(shown.data(), Width);
+  // In halves: the compiler would read back at once what it has stored in two parts, which the processor cannot
+  // forward.
+  constexpr std::size_t kHalf = 8;
+  if constexpr (Width > kHalf) {
+    appendHex<Width - kHalf>(text, value >> 4 * kHalf, digits);
+    appendHex<kHalf>(text, value, digits);
+  } else {
+    std::array<char, Width> shown{};
+    for (std::size_t i = Width; i-- > 0; value >>= 4) shown[i] = digits[value & 0xF];
+    text.append(shown.data(), Width);
+  }
 }
 
 // With leading zeros; a larger number takes the width it needs.

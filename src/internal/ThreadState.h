@@ -9,8 +9,7 @@ namespace tessel::internal {
 
 class KeptOnThread;
 
-// All in one place, so that each layer looks it up once for a trace record: the compiler's way to a variable of a
-// thread costs as much as taking a lock.
+// All in one place, so that each layer looks it up once for a trace record. Needs no destructor: a thread's end runs none.
 struct ThreadState {
   // How many of these scopes the thread is inside; see DiagnosticsLock.h.
   unsigned noBlockingTrace = 0;

@@ -35,8 +35,8 @@ bool RasDescriptor::isOnAt(int level) const {
   if (!logger_) return internal::traceMayBeOn() && internal::debugIsOn(level);
   if (!internal::traceAvailable.load(std::memory_order_relaxed)) return false;
   switch (level) {
-    case TraceLevel::FLOW:
-      return logger_->passes(LogLevel::FINE);
+    [[likely]] case TraceLevel::FLOW :  // what each method asks for
+                                        return logger_->passes(LogLevel::FINE);
     case TraceLevel::MODERATE:
       return logger_->passes(LogLevel::FINER);
     case TraceLevel::VERBOSE:

@@ -31,6 +31,13 @@ namespace internal {
 
 std::int64_t currentTime() noexcept { return std::time(nullptr); }
 
+// Of another clock than the one above, as the system's is.
+std::uint64_t clockTick() noexcept {
+  timespec now{};
+  clock_gettime(CLOCK_MONOTONIC_COARSE, &now);
+  return static_cast<std::uint64_t>(now.tv_sec) * 1000 + static_cast<std::uint64_t>(now.tv_nsec) / 1'000'000;
+}
+
 std::tm localTime(std::int64_t secondsSinceEpoch) {
   const std::time_t time = secondsSinceEpoch;
   std::tm result{};

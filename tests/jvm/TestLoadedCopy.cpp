@@ -2,11 +2,15 @@
 #include <windows.h>
 
 #include <stdexcept>
+#include <thread>
 
 #include "jvm/IPCBindings.h"
+#include "support/Event.h"
 
 namespace tessel::test {
 namespace {
+
+constexpr const char* kChmod = "Java_com_kelvo_tessel_jni_NativeJNI_chmod";
 
 // A copy of the library beside the one that this program is linked with.
 class LoadedCopy {
@@ -46,13 +50,43 @@ TEST_F(LibraryCopies, AreLoadedUsedAndUnloadedAgainAndAgain) {
   for (int i = 0; i < 10; ++i) {
     {
       const LoadedCopy copy(path);
-      auto* const chmod = copy.find<void(JNIEnv*, jclass, jstring, jint)>("Java_com_kelvo_tessel_jni_NativeJNI_chmod");
+      auto* const chmod = copy.find<void(JNIEnv*, jclass, jstring, jint)>(kChmod);
       ASSERT_NE(chmod, nullptr);
       chmod(&env, nullptr, string("C:\\f"), 0);
       EXPECT_EQ(takeException(env).find("java.lang.UnsupportedOperationException: "), 0U);
     }
     EXPECT_FALSE(isLoaded()) << i;
   }
+}
+
+// What the library keeps for each thread must be there for it too.
+TEST_F(LibraryCopies, ServeAThreadThatWasThereBeforeThem) {
+  Event attached;
+  Event loaded;
+  Event used;
+  LoadedCopy* copy = nullptr;
+  std::string thrown;
+  std::thread older([&] {
+    const AttachedThread thread;
+    attached.set();
+    loaded.wait();
+    const jstring file = thread.env().NewStringUTF("C:\\f");
+    for (int i = 0; i < 3; ++i) {
+      copy->find<void(JNIEnv*, jclass, jstring, jint)>(kChmod)(&thread.env(), nullptr, file, 0);
+      thrown = takeException(thread.env());
+    }
+    used.set();
+  });
+  attached.wait();
+  {
+    LoadedCopy loadedNow(path);
+    copy = &loadedNow;
+    loaded.set();
+    used.wait();
+  }
+  EXPECT_FALSE(isLoaded());
+  older.join();
+  EXPECT_EQ(thrown.find("java.lang.UnsupportedOperationException: "), 0U) << thrown;
 }
 
 TEST_F(LibraryCopies, StayLoadedWhileTheyServe) {

@@ -16,6 +16,8 @@ std::int64_t currentTime() noexcept {
   return steps / kSecond - kSecondsTo1970;
 }
 
+std::uint64_t clockTick() noexcept { return GetTickCount64(); }
+
 std::tm localTime(std::int64_t secondsSinceEpoch) {
   const std::time_t time = secondsSinceEpoch;
   std::tm result{};
