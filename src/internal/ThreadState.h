@@ -9,7 +9,8 @@ namespace tessel::internal {
 
 class KeptOnThread;
 
-// All in one place, so that each layer looks it up once for a trace record. Needs no destructor: a thread's end runs none.
+// All in one place, so that each layer looks it up once for a trace record. Needs no destructor: a thread's end runs
+// none.
 struct ThreadState {
   // How many of these scopes the thread is inside; see DiagnosticsLock.h.
   unsigned noBlockingTrace = 0;
