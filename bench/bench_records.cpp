@@ -6,6 +6,7 @@
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
+#include <functional>
 #include <memory>
 #include <string>
 #include <thread>
@@ -103,9 +104,9 @@ void compareRecords(const std::filesystem::path& folder, spdlog::logger& logger,
   PlainFile plain(folder / "plain.log", lineLike(folder / "trace0.log"));
   const auto write = [&plain] { plain.write(); };
   const auto log = [&logger] { logger.info("method {} [{}]", "method", "argument"); };
-  bench::printTimes("enabled trace record to a rotating file", bench::compareCalls(record, write),
+  bench::printTimes("enabled trace record to a rotating file", bench::compareCalls(std::ref(record), write),
                     "WriteFile of a ready line", 1.6);
-  bench::printTimes("enabled trace record to a rotating file", bench::compareCalls(record, log),
+  bench::printTimes("enabled trace record to a rotating file", bench::compareCalls(std::ref(record), log),
                     "spdlog, rotating sink, flush per record", 0.5);
   const std::uint64_t records = bench::callsPerBatch(record);
   bench::printTimes("enabled trace record to a rotating file",
@@ -116,7 +117,7 @@ void compareRecords(const std::filesystem::path& folder, spdlog::logger& logger,
   bench::printTimes("trace record from four threads, per record", bench::medians(four, one), "one thread", 1.5);
   const auto fourLog = [&log] { return perCall(kThreads, log); };
   bench::printTimes("trace record from four threads, per record", bench::medians(four, fourLog), "spdlog", 1);
-  bench::printTimes("event to the event log", bench::compareCalls(event, record), "trace record", 1.3);
+  bench::printTimes("event to the event log", bench::compareCalls(event, std::ref(record)), "trace record", 1.3);
 }
 
 void measureIsOn() {

@@ -14,14 +14,7 @@ target_include_directories(
 target_link_libraries(tesselnative PRIVATE $<BUILD_INTERFACE:tessel_jni>)
 tessel_warnings(tesselnative)
 tessel_hardening(tesselnative)
-if(MINGW AND CMAKE_CXX_COMPILER_ID STREQUAL "GNU")
-  # The C library is another DLL: to call it for the few bytes of a name takes longer than to copy them here.
-  target_compile_options(
-    tesselnative
-    PRIVATE
-      "$<$<AND:$<CONFIG:Release>,$<COMPILE_LANGUAGE:CXX>>:-minline-all-stringops;-mmemcpy-strategy=unrolled_loop:-1:noalign>"
-  )
-endif()
+tessel_inline_copies(tesselnative)
 tessel_version_resource(tesselnative "${PROJECT_DESCRIPTION}")
 
 set(TESSEL_PRODUCT_DIR ${PROJECT_BINARY_DIR}/product)

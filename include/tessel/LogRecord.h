@@ -19,7 +19,8 @@ class NYXException;
 /// Belongs to the thread that made it; handlers get it by reference and never keep it.
 class TESSEL_API LogRecord {
  public:
-  /// Takes the current time and the number of records already made in this second.
+  /// Takes the current time, to a step of the system's coarse clock (about 16 ms), and the number of records already
+  /// made in this second.
   LogRecord(const LogLevel& level, const LogRecordType& type, const std::string& message);
   LogRecord(const LogRecord& other);
   virtual ~LogRecord();

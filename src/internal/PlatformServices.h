@@ -10,7 +10,7 @@ namespace tessel::internal {
 // Seconds since the epoch. The C library's function may ask for the time zone as well, which takes longer than
 // writing a line.
 std::int64_t currentTime() noexcept;
-// Counts the steps of the system's coarse clock, of about 16 ms; to ask for it costs next to nothing.
+// Changes with each step of the system's coarse clock, about every 16 ms; to ask for it costs next to nothing.
 std::uint64_t clockTick() noexcept;
 std::tm localTime(std::int64_t secondsSinceEpoch);
 std::tm utcTime(std::int64_t secondsSinceEpoch);

@@ -41,8 +41,8 @@ struct Stamp {
   std::uint32_t sequence;
 };
 
-// The time is read inside the lock, so that the numbers of one second never start twice, and once for each step of the
-// system's coarse clock: records come much closer together than the C library's own time, too, can tell.
+// The time is read inside the lock, so that the numbers of a second start twice only if the clock is set back, and once
+// for each step of the system's coarse clock: for the length of a step a record may still show the second before.
 Stamp nextStamp() {
   static std::uint64_t lastTick = std::numeric_limits<std::uint64_t>::max();
   static std::int64_t lastTime = 0;

@@ -34,9 +34,9 @@ bool RasDescriptor::isDebug() const { return logger_ == nullptr; }
 bool RasDescriptor::isOnAt(int level) const {
   if (!logger_) return internal::traceMayBeOn() && internal::debugIsOn(level);
   if (!internal::traceAvailable.load(std::memory_order_relaxed)) return false;
+  if (level == TraceLevel::FLOW) [[likely]]  // what each method asks for
+    return logger_->passes(LogLevel::FINE);
   switch (level) {
-    [[likely]] case TraceLevel::FLOW :  // what each method asks for
-                                        return logger_->passes(LogLevel::FINE);
     case TraceLevel::MODERATE:
       return logger_->passes(LogLevel::FINER);
     case TraceLevel::VERBOSE:

@@ -87,7 +87,7 @@ void expectGrowth(long growth, const std::function<void()>& round) {
   for (int i = 0; i < kRounds; ++i) {
     const HandleBaseline handles;
     round();
-    growths.push_back(handles.growth());
+    growths.push_back(handles.growthWithLocks());
     if (growths.back() == growth) return;
   }
   EXPECT_EQ(growths, std::vector<long>(kRounds, growth));

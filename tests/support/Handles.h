@@ -9,10 +9,11 @@ class HandleBaseline {
  public:
   HandleBaseline();
 
-  // Without the events that reset themselves, which only the run-time makes: a lock of its own has one from the first
-  // time that a thread must wait for it, and when that is, is chance.
+  // Without the events that reset themselves. Only locks of the run-time and of the standard library make those: a lock
+  // has one from the first time that a thread must wait for it, and when that is, is chance.
   long growth() const { return countedBy(count()) - countedBy(before_); }
-  // With them: for what uses many locks, where a bound says that these are always the same ones.
+  // With them: for what has locks of that kind of its own, or uses many, where a bound says that they are always the
+  // same ones.
   long growthWithLocks() const { return count().all - before_.all; }
 
  private:

@@ -32,8 +32,6 @@ long openThreads() {
   return count;
 }
 
-// One reader: where two threads begin or end at once the run-time opens an event for a lock of its own, which then
-// stays.
 void launchAndRead() {
   LaunchedProcess process(child({"do-say", "to output", "to error"}));
   AlphabetCounter output;
@@ -47,7 +45,7 @@ void launchAndRead() {
 TEST(ProcessLoad, FiveHundredLaunchesLeaveTheHandlesOfTheirReadersAndNothingElse) {
   constexpr int kLaunches = 500;
   setTestLimit(std::chrono::seconds(300));
-  ASSERT_NO_FATAL_FAILURE(launchAndRead());  // the test framework, too, opens something once
+  ASSERT_NO_FATAL_FAILURE(launchAndRead());  // what is made once in the process exists now
   const HandleBaseline handles;
   const long threads = openThreads();
   for (int i = 0; i < kLaunches; ++i) ASSERT_NO_FATAL_FAILURE(launchAndRead());
@@ -60,6 +58,7 @@ TEST(ProcessLoad, FiveHundredLaunchesWithBothStreamsLeaveNoThread) {
   constexpr int kLaunches = 500;
   constexpr int kLocksOfTheRunTime = 32;
   setTestLimit(std::chrono::seconds(300));
+  ASSERT_NO_FATAL_FAILURE(launchAndRead());  // what is made once in the process exists now
   const HandleBaseline handles;
   const long threads = openThreads();
   for (int i = 0; i < kLaunches; ++i) {

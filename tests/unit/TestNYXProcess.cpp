@@ -338,6 +338,7 @@ TEST(Process, TheEndOfTheObjectEndsTheChildsInput) {
 }
 
 TEST(Process, AnObjectThatWasNeverStartedLeavesNothingOpen) {
+  { const LaunchedProcess first(child({"do-exit", "0"})); }  // what is made once in the process exists now
   const HandleBaseline handles;
   {
     const LaunchedProcess process(child({"do-exit", "0"}));

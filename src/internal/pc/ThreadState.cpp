@@ -12,7 +12,8 @@ extern "C" unsigned long _tls_index;  // NOLINT(bugprone-reserved-identifier,cer
 
 namespace tessel::internal {
 
-static_assert(std::is_trivially_destructible_v<ThreadState>);
+// Nobody destroys the copies, and they are aligned as the heap aligns.
+static_assert(std::is_trivially_copyable_v<ThreadState> && alignof(ThreadState) <= alignof(void*));
 
 #ifdef __MINGW32__
 
