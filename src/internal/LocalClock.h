@@ -2,12 +2,14 @@
 #pragma once
 
 #include <array>
+#include <cstddef>
 #include <cstdint>
 #include <limits>
 
 namespace tessel::internal {
 
 struct LocalClock {
+  static constexpr std::size_t kTimeLength = 8;
   std::int64_t second = std::numeric_limits<std::int64_t>::min();  // since the epoch
   std::array<char, 32> time{};                                     // HH:MM:SS
   std::array<char, 48> date{};                                     // DD/MM/YYYY

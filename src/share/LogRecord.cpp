@@ -123,7 +123,7 @@ void LogRecord::setMethodReturnType(const std::string& type) { methodReturnType_
 void LogRecord::setThrown(const NYXException* thrown) { thrown_ = thrown; }
 
 void LogRecord::appendTimestamp(std::string& text) const {
-  text += internal::localClock(logTime_).time.data();
+  text.append(internal::localClock(logTime_).time.data(), internal::LocalClock::kTimeLength);
   text += '.';
   internal::appendDecimal<3>(text, sequence_ / 256);
   text += '.';

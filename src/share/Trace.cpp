@@ -206,7 +206,8 @@ std::string Trace::generateMethodEntryIndent(unsigned long threadId, const char*
     stack->push(methodName);
     text = generateIndent(stack->size());
   }
-  return text + " { ";
+  text += " { ";
+  return text;
 }
 
 std::string Trace::generateMethodDataIndent(unsigned long threadId) {
@@ -231,7 +232,8 @@ std::string Trace::generateMethodExitIndent(unsigned long threadId, const char* 
     text += generateIndent(stack->size() + 1);
   }
   if (stack->empty()) removeMethodStack(threadId);
-  return text + " } ";
+  text += " } ";
+  return text;
 }
 
 std::string Trace::unbalancedExit(MethodStack& stack, const std::string& methodName) {
@@ -278,8 +280,10 @@ bool Trace::traceMethodExit(const RasDescriptor& descriptor, const void* object,
   if (!guard.taken()) return false;
   const unsigned long threadId = NYXThread::getCurrentThreadId();
   TraceExitLogRecord record(LogLevel::FINE, generateMethodExitIndent(threadId, methodName));
-  std::string value = returnValue ? *returnValue : std::string();
-  record.setArguments(returnValue ? 1 : 0, &value);
+  if (returnValue) {
+    record.arguments_.front() = *returnValue;
+    record.numArguments_ = 1;
+  }
   record.setMethodReturnType(returnType);
   publish(descriptor, object, methodName, record);
   return true;
@@ -312,7 +316,7 @@ bool Trace::traceMethodThrowing(const RasDescriptor& descriptor, const void* obj
 }
 
 void Trace::publish(const RasDescriptor& descriptor, const void* object, const char* methodName, LogRecord& record) {
-  record.setSourceMethodName(methodName ? methodName : "null");
+  record.sourceMethodName_ = methodName ? methodName : "null";
   record.sourceClassName_ = getPrefixedClassName(descriptor.className_);
   record.setObjectReference(object);
   record.setThreadId(NYXThread::getCurrentThreadId());
