@@ -2,18 +2,19 @@
 #pragma once
 
 #include <array>
-#include <cstddef>
 #include <cstdint>
 #include <limits>
+#include <string_view>
 
 namespace tessel::internal {
 
 struct LocalClock {
-  static constexpr std::size_t kTimeLength = 8;
   std::int64_t second = std::numeric_limits<std::int64_t>::min();  // since the epoch
   std::array<char, 32> time{};                                     // HH:MM:SS
   std::array<char, 48> date{};                                     // DD/MM/YYYY
   std::array<char, 64> zone{};                                     // "???" when the system names none
+
+  std::string_view timeText() const noexcept { return {time.data(), 8}; }
 };
 
 // Converted once for each second and thread: a conversion costs as much as writing half a line. The result is the

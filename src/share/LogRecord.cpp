@@ -123,7 +123,7 @@ void LogRecord::setMethodReturnType(const std::string& type) { methodReturnType_
 void LogRecord::setThrown(const NYXException* thrown) { thrown_ = thrown; }
 
 void LogRecord::appendTimestamp(std::string& text) const {
-  text.append(internal::localClock(logTime_).time.data(), internal::LocalClock::kTimeLength);
+  text += internal::localClock(logTime_).timeText();
   text += '.';
   internal::appendDecimal<3>(text, sequence_ / 256);
   text += '.';
@@ -134,7 +134,7 @@ void LogRecord::appendDateTimestamp(std::string& text) const {
   const internal::LocalClock& clock = internal::localClock(logTime_);
   text += clock.date.data();
   text += ' ';
-  text += clock.time.data();
+  text += clock.timeText();
   text += '.';
   internal::appendDecimal<3>(text, sequence_ / 256);
   text += ' ';
